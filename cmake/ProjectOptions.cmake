@@ -1,0 +1,21 @@
+# Language level and warnings, the same for every target of the project.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+if(NOT APPLE)
+    # 64-bit file offsets and the interfaces that the host declares only on request.
+    add_compile_definitions(_GNU_SOURCE _FILE_OFFSET_BITS=64)
+endif()
+include_directories(${PROJECT_SOURCE_DIR})
+
+# zek_test(name SOURCES... LIBRARIES...): one GoogleTest program, each of its tests known to ctest by name.
+function(zek_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+endfunction()
