@@ -1,0 +1,5 @@
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <CoreServices/AppleEvents.h>
+#include <CoreServices/MacErrors.h>

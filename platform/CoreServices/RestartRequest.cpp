@@ -1,0 +1,87 @@
+#include "RestartRequest.h"
+
+#include "MacErrors.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <Host/AtomicFile.h>
+#include <Host/HostPath.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <memory>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+struct Release {
+    void operator()(CFTypeRef object) const { CFRelease(object); }
+};
+using Object = std::unique_ptr<const void, Release>;
+
+OSStatus StatusOf(int error)
+{
+    switch (error) {
+    case 0:
+        return noErr;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        return permErr;
+    default:
+        return ioErr;
+    }
+}
+
+/// Makes the folders above a file, down from the start-up volume, which must exist.
+int MakeFolders(const std::string& path)
+{
+    size_t slash = HostStartupVolume().size();
+    while ((slash = path.find('/', slash + 1)) != std::string::npos) {
+        if (mkdir(path.substr(0, slash).c_str(), 0755) != 0 && errno != EEXIST)
+            return errno;
+    }
+    return 0;
+}
+
+/// This program's path; a part of the text that is not UTF-8 makes it unreadable, and then it is "".
+Object ProgramPath()
+{
+    std::array<char, PATH_MAX> path {};
+    (void)!readlink("/proc/self/exe", path.data(), path.size() - 1);
+    Object text(CFStringCreateWithCString(kCFAllocatorDefault, path.data(), kCFStringEncodingUTF8));
+    return text ? std::move(text) : Object(CFRetain(CFSTR("")));
+}
+
+/// The record as XML; null when memory is short.
+Object RestartRequest()
+{
+    const SInt32 process = getpid();
+    const Object now(CFDateCreate(kCFAllocatorDefault, CFAbsoluteTimeGetCurrent()));
+    const Object number(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt32Type, &process));
+    const Object program = ProgramPath();
+    std::array keys { static_cast<const void*>(CFSTR("Requested")),
+        static_cast<const void*>(CFSTR("ProcessID")), static_cast<const void*>(CFSTR("Program")) };
+    std::array values { now.get(), number.get(), program.get() };
+    const Object request(CFDictionaryCreate(kCFAllocatorDefault, keys.data(), values.data(), keys.size(),
+        &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    return Object(CFPropertyListCreateData(
+        kCFAllocatorDefault, request.get(), kCFPropertyListXMLFormat_v1_0, 0, nullptr));
+}
+
+} // namespace
+
+OSStatus RecordRestartRequest()
+{
+    const std::string path = HostRestartRequestPath();
+    if (const int error = MakeFolders(path); error != 0)
+        return StatusOf(error);
+    const Object request = RestartRequest();
+    if (!request)
+        return memFullErr;
+    const auto data = static_cast<CFDataRef>(request.get());
+    return StatusOf(
+        WriteFileAtomically(path, CFDataGetBytePtr(data), static_cast<size_t>(CFDataGetLength(data))));
+}

@@ -1,0 +1,147 @@
+#include "HostPath.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <pwd.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+/// A variable of the environment that decides where files go. A program that runs with more rights than its
+/// caller must not take that from the caller.
+/// @return the value without trailing slashes, or "" when it is unset, relative or not to be trusted.
+std::string FolderFromEnvironment(const char* variable)
+{
+#if __APPLE__
+    const char* value = issetugid() ? nullptr : getenv(variable);
+#else
+    const char* value = secure_getenv(variable);
+#endif
+    if (value == nullptr || *value != '/')
+        return {};
+    std::string folder = value;
+    folder.erase(std::max<size_t>(folder.find_last_not_of('/') + 1, 1));
+    return folder;
+}
+
+/// The home folder of the real user in the user database, or "".
+std::string HomeFromUserDatabase()
+{
+    std::vector<char> buffer(1024);
+    passwd entry {};
+    passwd* found = nullptr;
+    while (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE)
+        buffer.resize(buffer.size() * 2);
+    if (found == nullptr || found->pw_dir == nullptr || *found->pw_dir != '/')
+        return {};
+    std::string home = found->pw_dir;
+    home.erase(std::max<size_t>(home.find_last_not_of('/') + 1, 1));
+    return home;
+}
+
+} // namespace
+
+std::string HostHomeFolder()
+{
+    const std::string fixed = FolderFromEnvironment("CFFIXED_USER_HOME");
+    return fixed.empty() ? HomeFromUserDatabase() : fixed;
+}
+
+#if __APPLE__
+
+std::string HostStartupVolume() { return {}; }
+std::string HostPath(const std::string& macPath) { return macPath; }
+void HostEnterHome() { }
+std::string HostRestartRequestPath() { return {}; }
+
+#else
+
+namespace {
+
+bool Exists(const std::string& path)
+{
+    struct stat info = {};
+    return lstat(path.c_str(), &info) == 0 || errno == EACCES;
+}
+
+bool IsFolder(const std::string& path)
+{
+    struct stat info = {};
+    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+bool IsInside(std::string_view path, std::string_view folder)
+{
+    return folder == "/"
+        || (path.substr(0, folder.size()) == folder
+            && (path.size() == folder.size() || path[folder.size()] == '/'));
+}
+
+/// The stand-in for a Mac's command-line tool, or "" when the path names none.
+std::string StandInTool(const std::string& macPath)
+{
+    static constexpr std::array<std::string_view, 4> toolFolders { "/bin", "/sbin", "/usr/bin", "/usr/sbin" };
+    const size_t slash = macPath.rfind('/');
+    const std::string_view folder = std::string_view(macPath).substr(0, slash);
+    if (std::find(toolFolders.begin(), toolFolders.end(), folder) == toolFolders.end())
+        return {};
+    std::string standIns = FolderFromEnvironment("HOST_TOOLS_FOLDER");
+    if (standIns.empty())
+        standIns = HOST_DEFAULT_TOOLS_FOLDER;
+    std::string tool = standIns + macPath.substr(slash);
+    struct stat info = {};
+    return stat(tool.c_str(), &info) == 0 && S_ISREG(info.st_mode) ? tool : std::string();
+}
+
+std::string FirstComponent(const std::string& path)
+{
+    const size_t start = std::min(path.find_first_not_of('/'), path.size());
+    return path.substr(start, path.find('/', start) - start);
+}
+
+} // namespace
+
+std::string HostStartupVolume()
+{
+    const std::string volume = FolderFromEnvironment("ZEK_STARTUP_VOLUME");
+    return volume.empty() ? HOST_DEFAULT_STARTUP_VOLUME : volume;
+}
+
+std::string HostPath(const std::string& macPath)
+{
+    const std::string volume = HostStartupVolume();
+    if (macPath.empty() || macPath.front() != '/' || IsInside(macPath, volume))
+        return macPath;
+    std::string inVolume = volume + macPath;
+    if (Exists(inVolume))
+        return inVolume;
+    std::string tool = StandInTool(macPath);
+    if (!tool.empty())
+        return tool;
+    // The first component must be named: every folder lies in the volume's root.
+    const std::string first = FirstComponent(macPath);
+    if (!first.empty() && !Exists(macPath) && IsFolder(volume + '/' + first))
+        return inVolume;
+    return macPath;
+}
+
+std::string HostRestartRequestPath()
+{
+    return HostStartupVolume() + "/private/var/db/RestartRequest.plist";
+}
+
+void HostEnterHome()
+{
+    const std::string home = FolderFromEnvironment("CFFIXED_USER_HOME");
+    if (home.empty())
+        return;
+    setenv("HOME", home.c_str(), 1);
+    unsetenv("XDG_DATA_HOME"); // it would keep the Trash in the home folder that was left
+}
+
+#endif
