@@ -1,0 +1,129 @@
+#include "util/Launch.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+/// A pipe whose ends are closed with the object, and in every program that is executed meanwhile.
+struct Pipe {
+    int ends[2] = { -1, -1 };
+
+    bool open()
+    {
+        return pipe(ends) == 0 && fcntl(ends[0], F_SETFD, FD_CLOEXEC) == 0 && fcntl(ends[1], F_SETFD, FD_CLOEXEC) == 0;
+    }
+    void closeEnd(int end)
+    {
+        if (ends[end] >= 0)
+            close(ends[end]);
+        ends[end] = -1;
+    }
+    Pipe() = default;
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+    ~Pipe()
+    {
+        closeEnd(0);
+        closeEnd(1);
+    }
+};
+
+/// Argument list as execv wants it; made before forking, because a child may not allocate memory.
+std::vector<char*> ArgumentVector(const std::string& path, const std::vector<std::string>& arguments)
+{
+    std::vector<char*> list { const_cast<char*>(path.c_str()) };
+    for (const std::string& argument : arguments)
+        list.push_back(const_cast<char*>(argument.c_str()));
+    list.push_back(nullptr);
+    return list;
+}
+
+/// Reads once, however often a signal interrupts it.
+ssize_t ReadSome(int descriptor, void* buffer, size_t size)
+{
+    ssize_t count = 0;
+    do
+        count = read(descriptor, buffer, size);
+    while (count < 0 && errno == EINTR);
+    return count;
+}
+
+int WaitForChild(pid_t child)
+{
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR)
+            return -1;
+    }
+    return status;
+}
+
+/// Tells the parent why the program does not run, and ends.
+[[noreturn]] void ReportAndExit(int reportEnd)
+{
+    const int reason = errno;
+    const ssize_t told = write(reportEnd, &reason, sizeof reason);
+    _exit(told == sizeof reason ? 126 : 127);
+}
+
+}
+
+int LaunchDetached(const std::string& path, const std::vector<std::string>& arguments)
+{
+    const std::vector<char*> list = ArgumentVector(path, arguments);
+    Pipe report;
+    if (!report.open())
+        return errno;
+
+    // The program is a grandchild: its parent ends at once, so the system's first process collects it.
+    const pid_t child = fork();
+    if (child < 0)
+        return errno;
+    if (child == 0) {
+        const pid_t program = fork();
+        if (program > 0)
+            _exit(0);
+        if (program == 0)
+            execv(list[0], list.data());
+        ReportAndExit(report.ends[1]);
+    }
+    report.closeEnd(1);
+    WaitForChild(child);
+
+    // A program that runs has closed its end without a word.
+    int reason = 0;
+    return ReadSome(report.ends[0], &reason, sizeof reason) == sizeof reason ? reason : 0;
+}
+
+std::optional<std::string> OutputOfProgram(const std::string& path, const std::vector<std::string>& arguments)
+{
+    const std::vector<char*> list = ArgumentVector(path, arguments);
+    Pipe output;
+    if (!output.open())
+        return std::nullopt;
+
+    const pid_t child = fork();
+    if (child < 0)
+        return std::nullopt;
+    if (child == 0) {
+        const int null = open("/dev/null", O_RDWR);
+        if (null >= 0 && dup2(null, STDIN_FILENO) >= 0 && dup2(null, STDERR_FILENO) >= 0
+            && dup2(output.ends[1], STDOUT_FILENO) >= 0)
+            execv(list[0], list.data());
+        _exit(127);
+    }
+    output.closeEnd(1);
+
+    std::string text;
+    char buffer[4096];
+    ssize_t count = 0;
+    while ((count = ReadSome(output.ends[0], buffer, sizeof buffer)) > 0)
+        text.append(buffer, static_cast<size_t>(count));
+    const int status = WaitForChild(child);
+    if (count < 0 || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        return std::nullopt;
+    return text;
+}

@@ -1,0 +1,38 @@
+#include "util/MainBundle.h"
+
+#include "util/CFText.h"
+
+CFStringRef MainBundleIdentifier()
+{
+    const CFBundleRef bundle = CFBundleGetMainBundle();
+    return bundle != nullptr ? CFBundleGetIdentifier(bundle) : nullptr;
+}
+
+CFStringRef MainBundleText(CFStringRef key)
+{
+    const CFBundleRef bundle = CFBundleGetMainBundle();
+    const CFTypeRef value = bundle != nullptr ? CFBundleGetValueForInfoDictionaryKey(bundle, key) : nullptr;
+    return CFDynamicCast<CFStringRef>(value, CFStringGetTypeID());
+}
+
+std::string MainBundleResources()
+{
+    const CFBundleRef bundle = CFBundleGetMainBundle();
+    const CFRef<CFURLRef> url(bundle != nullptr ? CFBundleCopyResourcesDirectoryURL(bundle) : nullptr);
+    return FileSystemPath(url.get());
+}
+
+CFRef<CFURLRef> MainBundleResource(CFStringRef name, CFStringRef extension)
+{
+    const CFBundleRef bundle = CFBundleGetMainBundle();
+    return CFRef<CFURLRef>(
+        bundle != nullptr ? CFBundleCopyResourceURL(bundle, name, extension, nullptr) : nullptr);
+}
+
+std::string LocalizedString(CFStringRef key)
+{
+    const CFBundleRef bundle = CFBundleGetMainBundle();
+    const CFRef<CFStringRef> text(
+        bundle != nullptr ? CFBundleCopyLocalizedString(bundle, key, CFSTR(""), nullptr) : nullptr);
+    return StdString(text ? text.get() : key);
+}
