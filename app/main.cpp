@@ -1,0 +1,37 @@
+#include "app/unattended/Unattended.h"
+#include "util/CFText.h"
+#include "util/MainBundle.h"
+
+#include <Host/HostPath.h>
+#include <cstdio>
+
+namespace {
+
+/// The installer's name and version, from its bundle.
+std::string VersionLine()
+{
+    return "ZEK Velmora Installer " + StdString(MainBundleText(CFSTR("CFBundleShortVersionString"))) + "\n";
+}
+
+}
+
+int main(int argc, char* argv[])
+{
+    HostEnterHome();
+    std::string error;
+    const std::optional<Options> options = ParseOptions({ argv + 1, argv + argc }, error);
+    if (!options) {
+        std::fprintf(stderr, "zek-velmora-installer: %s\n%s", error.c_str(), UsageText().c_str());
+        return static_cast<int>(Outcome::usage);
+    }
+    switch (options->command) {
+    case Options::Command::help:
+        std::fputs(UsageText().c_str(), stdout);
+        return 0;
+    case Options::Command::version:
+        std::fputs(VersionLine().c_str(), stdout);
+        return 0;
+    default:
+        return static_cast<int>(RunUnattended(*options));
+    }
+}

@@ -1,0 +1,123 @@
+#include "app/unattended/Options.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+using Command = Options::Command;
+
+struct CommandName {
+    const char* name;
+    Command command;
+};
+constexpr CommandName kUnattendedCommands[]
+    = { { "install", Command::install }, { "update", Command::update }, { "uninstall", Command::uninstall } };
+constexpr CommandName kPlainCommands[]
+    = { { "--status", Command::status }, { "--help", Command::help }, { "--version", Command::version } };
+
+struct Flag {
+    const char* name;
+    bool Options::*field;
+    std::vector<Command> commands; ///< those it goes with
+};
+const std::vector<Flag>& Flags()
+{
+    static const std::vector<Flag> flags {
+        { "--accept-license", &Options::acceptLicense, { Command::install, Command::update } },
+        { "--driver", &Options::driver, { Command::install, Command::update } },
+        { "--no-usage-data", &Options::noUsageData, { Command::install } },
+        { "--json", &Options::json, { Command::install, Command::update, Command::uninstall, Command::status } },
+    };
+    return flags;
+}
+
+template <class Table>
+auto Find(const Table& table, const std::string& name)
+{
+    return std::find_if(
+        std::begin(table), std::end(table), [&name](const auto& row) { return row.name == name; });
+}
+
+using Argument = std::vector<std::string>::const_iterator;
+
+/// Reads the command at the front of the arguments and steps over it.
+std::optional<Command> ParseCommand(Argument& next, Argument end, std::string& error)
+{
+    if (next == end) {
+        error = "nothing to do was named";
+        return std::nullopt;
+    }
+    if (const auto* const plain = Find(kPlainCommands, *next); plain != std::end(kPlainCommands)) {
+        ++next;
+        return plain->command;
+    }
+    if (*next != "--unattended") {
+        error = "unknown argument: " + *next;
+        return std::nullopt;
+    }
+    if (++next == end) {
+        error = "--unattended needs install, update or uninstall";
+        return std::nullopt;
+    }
+    const auto* const named = Find(kUnattendedCommands, *next);
+    if (named == std::end(kUnattendedCommands)) {
+        error = "--unattended cannot do this: " + *next;
+        return std::nullopt;
+    }
+    ++next;
+    return named->command;
+}
+
+bool ParseFlag(const std::string& argument, Options& options, std::string& error)
+{
+    const auto flag = Find(Flags(), argument);
+    if (flag == Flags().end()) {
+        error = "unknown argument: " + argument;
+        return false;
+    }
+    const auto& allowed = flag->commands;
+    if (std::find(allowed.begin(), allowed.end(), options.command) == allowed.end()) {
+        error = argument + " does not go with what was asked for";
+        return false;
+    }
+    options.*flag->field = true;
+    return true;
+}
+
+}
+
+std::optional<Options> ParseOptions(const std::vector<std::string>& arguments, std::string& error)
+{
+    Argument next = arguments.begin();
+    const std::optional<Command> command = ParseCommand(next, arguments.end(), error);
+    if (!command)
+        return std::nullopt;
+    Options options;
+    options.command = *command;
+    const bool understood = std::all_of(
+        next, arguments.end(), [&](const std::string& argument) { return ParseFlag(argument, options, error); });
+    return understood ? std::optional(options) : std::nullopt;
+}
+
+std::string UsageText()
+{
+    return R"(usage: zek-velmora-installer --unattended install [--accept-license] [--driver] [--no-usage-data] [--json]
+       zek-velmora-installer --unattended update [--accept-license] [--driver] [--json]
+       zek-velmora-installer --unattended uninstall [--json]
+       zek-velmora-installer --status [--json]
+       zek-velmora-installer --help | --version
+
+install          bring the agent and the driver to the version that this installer carries
+update           the same, but only where an agent is installed
+uninstall        move the agent to the Trash, remove the driver and the settings
+--accept-license accept the license agreement
+--driver         also when the agent is current, install or update the driver
+--no-usage-data  do not send usage data
+--json           report as JSON on standard output, progress on standard error
+--status         tell what is installed
+
+exit status: 0 done, 1 failed, 2 usage, 3 done and a restart is needed, 4 license not accepted,
+             5 administrator rights refused, 6 nothing to do, 7 done but the result is not seen on disk
+)";
+}

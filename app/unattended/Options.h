@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the command line asks for.
+struct Options {
+    enum class Command { install, update, uninstall, status, help, version };
+
+    Command command = Command::help;
+    bool acceptLicense = false; ///< stands for the Agree button
+    bool driver = false; ///< accepts the offer to install or update the driver alone
+    bool noUsageData = false; ///< stands for unticking the usage-data box
+    bool json = false; ///< the report is JSON on standard output, and progress goes to standard error
+};
+
+/// Reads the arguments after the program's name.
+/// @param error set to one line for the user when there is no result.
+/// @return nothing for a command line that is not understood, or whose options do not go together.
+std::optional<Options> ParseOptions(const std::vector<std::string>& arguments, std::string& error);
+
+/// The text of --help.
+std::string UsageText();
