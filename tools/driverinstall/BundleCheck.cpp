@@ -1,0 +1,92 @@
+#include "tools/driverinstall/BundleCheck.h"
+
+#include "tools/driverinstall/FileDescriptor.h"
+#include "util/CFText.h"
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <vector>
+
+namespace {
+
+constexpr size_t largestInfoPList = size_t { 1 } << 20;
+
+Outcome Wrong(const std::string& text) { return { ExitCode::checkFailed, text }; }
+
+/// Reads all of a file that is known to be a plain one. @return 0, EFBIG or the errno of the read.
+int ReadAll(int file, std::vector<UInt8>& bytes)
+{
+    struct stat info { };
+    if (fstat(file, &info) != 0)
+        return errno;
+    if (static_cast<size_t>(info.st_size) > largestInfoPList)
+        return EFBIG;
+    bytes.resize(static_cast<size_t>(info.st_size));
+    size_t filled = 0;
+    while (filled < bytes.size()) {
+        const ssize_t size = read(file, bytes.data() + filled, bytes.size() - filled);
+        if (size < 0)
+            return errno;
+        if (size == 0)
+            break;
+        filled += static_cast<size_t>(size);
+    }
+    bytes.resize(filled);
+    return 0;
+}
+
+std::string TextValue(CFDictionaryRef dictionary, CFStringRef key)
+{
+    const void* value = CFDictionaryGetValue(dictionary, key);
+    return StdString(CFDynamicCast<CFStringRef>(value, CFStringGetTypeID()));
+}
+
+Outcome CheckExecutable(int bundle, const std::string& folder, CFDictionaryRef info)
+{
+    const CFStringRef key = CFSTR("CFBundleExecutable");
+    if (!CFDictionaryContainsKey(info, key))
+        return {};
+    const std::string name = TextValue(info, key);
+    const bool isBare = !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos
+        && name.find('\0') == std::string::npos;
+    if (!isBare)
+        return Wrong("CFBundleExecutable is not a file name");
+    struct stat found { };
+    if (fstatat(bundle, (folder + name).c_str(), &found, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISREG(found.st_mode))
+        return Wrong("the executable that CFBundleExecutable names is missing: " + folder + name);
+    return {};
+}
+
+}
+
+Outcome CheckBundle(int bundle, std::string& version)
+{
+    const char* executables = "Contents/MacOS/";
+    FileDescriptor file(openat(bundle, "Contents/Info.plist", O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    if (!file && errno == ENOENT) {
+        executables = "";
+        file = FileDescriptor(openat(bundle, "Info.plist", O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    }
+    if (!file)
+        return Failure(ExitCode::checkFailed, "cannot open the bundle's Info.plist", errno);
+    std::vector<UInt8> bytes;
+    const int error = ReadAll(file.get(), bytes);
+    if (error != 0)
+        return Failure(
+            error == EFBIG ? ExitCode::checkFailed : ExitCode::diskError, "cannot read Info.plist", error);
+
+    const CFRef<CFDataRef> data(
+        CFDataCreate(kCFAllocatorDefault, bytes.data(), static_cast<CFIndex>(bytes.size())));
+    const CFRef<CFPropertyListRef> parsed(CFPropertyListCreateWithData(
+        kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
+    const auto* const info = CFDynamicCast<CFDictionaryRef>(parsed.get(), CFDictionaryGetTypeID());
+    if (info == nullptr)
+        return Wrong("Info.plist is not a property list with a dictionary");
+    version = TextValue(info, CFSTR("CFBundleVersion"));
+    if (version.empty() || TextValue(info, CFSTR("CFBundleIdentifier")).empty())
+        return Wrong("Info.plist lacks CFBundleIdentifier or CFBundleVersion");
+    const CFStringRef packageType = CFSTR("CFBundlePackageType");
+    if (CFDictionaryContainsKey(info, packageType) && TextValue(info, packageType) != "KEXT")
+        return Wrong("CFBundlePackageType is not KEXT");
+    return CheckExecutable(bundle, executables, info);
+}
