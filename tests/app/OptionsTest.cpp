@@ -1,0 +1,42 @@
+#include "app/unattended/Options.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::string ErrorOf(const std::vector<std::string>& arguments)
+{
+    std::string error;
+    return ParseOptions(arguments, error) ? "" : error;
+}
+
+}
+
+TEST(Options, CommandsAndTheirFlagsAreRead)
+{
+    std::string error;
+    const auto options = ParseOptions(
+        { "--unattended", "install", "--driver", "--json", "--accept-license", "--no-usage-data" }, error);
+    ASSERT_TRUE(options);
+    EXPECT_EQ(options->command, Options::Command::install);
+    EXPECT_TRUE(options->driver && options->json && options->acceptLicense && options->noUsageData);
+
+    const auto plain = ParseOptions({ "--unattended", "uninstall" }, error);
+    ASSERT_TRUE(plain);
+    EXPECT_EQ(plain->command, Options::Command::uninstall);
+    EXPECT_FALSE(plain->driver || plain->json || plain->acceptLicense || plain->noUsageData);
+    EXPECT_EQ(ParseOptions({ "--status", "--json" }, error)->command, Options::Command::status);
+}
+
+TEST(Options, WhatIsNotUnderstoodIsNamed)
+{
+    EXPECT_EQ(ErrorOf({}), "nothing to do was named");
+    EXPECT_EQ(ErrorOf({ "install" }), "unknown argument: install");
+    EXPECT_EQ(ErrorOf({ "--unattended" }), "--unattended needs install, update or uninstall");
+    EXPECT_EQ(ErrorOf({ "--unattended", "remove" }), "--unattended cannot do this: remove");
+    EXPECT_EQ(ErrorOf({ "--unattended", "install", "--jsn" }), "unknown argument: --jsn");
+    EXPECT_EQ(ErrorOf({ "--unattended", "uninstall", "--driver" }), "--driver does not go with what was asked for");
+    EXPECT_EQ(ErrorOf({ "--unattended", "update", "--no-usage-data" }),
+        "--no-usage-data does not go with what was asked for");
+    EXPECT_EQ(ErrorOf({ "--status", "--accept-license" }), "--accept-license does not go with what was asked for");
+}
