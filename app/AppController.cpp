@@ -34,23 +34,19 @@ CompletionAlerts CompletionAlertsFor(uint32_t operation)
     }
 }
 
-/// Asks a back end. One that could not be made has nothing to offer and nothing to do: it answers no, and success.
-template <class BackEnd, class Result>
-Result Ask(BackEnd* backEnd, Result (BackEnd::*question)() const)
+/// Asks a back end. One that could not be made has nothing to offer and nothing to do: it answers no, and
+/// success.
+template <class BackEnd, class Result> Result Ask(BackEnd* backEnd, Result (BackEnd::*question)() const)
 {
     return backEnd != nullptr ? (backEnd->*question)() : Result {};
 }
 
-template <class BackEnd, class Result>
-Result Ask(BackEnd* backEnd, Result (BackEnd::*step)())
+template <class BackEnd, class Result> Result Ask(BackEnd* backEnd, Result (BackEnd::*step)())
 {
     return backEnd != nullptr ? (backEnd->*step)() : Result {};
 }
 
-DriverInterface* Driver()
-{
-    return DriverInterface::driverInterfacePtr();
-}
+DriverInterface* Driver() { return DriverInterface::driverInterfacePtr(); }
 
 }
 
@@ -126,9 +122,11 @@ bool AppController::runState()
     case kOfferDriver:
         return enter(stateAfterDriverOffers());
     case kInstallAgent:
-        return enter(stateAfterAgentStep(AgentInstaller::agentInstallerPtr()->install(), kInstallDriverAfterAgent));
+        return enter(
+            stateAfterAgentStep(AgentInstaller::agentInstallerPtr()->install(), kInstallDriverAfterAgent));
     case kUpdateAgent:
-        return enter(stateAfterAgentStep(AgentInstaller::agentInstallerPtr()->update(), kUpdateDriverAfterAgent));
+        return enter(
+            stateAfterAgentStep(AgentInstaller::agentInstallerPtr()->update(), kUpdateDriverAfterAgent));
     case kInstallDriverAfterAgent:
         runDriverStep(&DriverInterface::install);
         return enter(kReport);
@@ -162,8 +160,8 @@ bool AppController::enter(State next)
     return true;
 }
 
-/// Offers the driver alone when the agent needs nothing. One offer at most: who declines an installation is not
-/// asked about an update.
+/// Offers the driver alone when the agent needs nothing. One offer at most: who declines an installation is
+/// not asked about an update.
 AppController::State AppController::stateAfterDriverOffers()
 {
     if (Ask(Driver(), &DriverInterface::canInstall)) {
@@ -215,10 +213,7 @@ void AppController::prepareToStartOperation()
     }
 }
 
-void AppController::prepareToQuit()
-{
-    fCurrentState = kQuit;
-}
+void AppController::prepareToQuit() { fCurrentState = kQuit; }
 
 bool AppController::validateMenuItem(int32_t tag) const
 {
@@ -243,20 +238,11 @@ void AppController::handleMenuSelection(int32_t tag)
     goToNextState();
 }
 
-uint32_t AppController::operation() const
-{
-    return fOperation;
-}
+uint32_t AppController::operation() const { return fOperation; }
 
-OSStatus AppController::error() const
-{
-    return fError;
-}
+OSStatus AppController::error() const { return fError; }
 
-std::string AppController::productNamePtr() const
-{
-    return "ZEK Velmora Installer";
-}
+std::string AppController::productNamePtr() const { return "ZEK Velmora Installer"; }
 
 void AppController::displayCompletionDialog()
 {
@@ -269,7 +255,4 @@ int32_t AppController::runAlertPanel(int32_t number)
     return number == kNoAlert ? 0 : frontEnd().runAlertPanel(number);
 }
 
-void AppController::quit()
-{
-    frontEnd().terminate();
-}
+void AppController::quit() { frontEnd().terminate(); }

@@ -7,8 +7,8 @@ class AgentInstaller;
 class DriverInterface;
 
 /// Drives the installer: decides at start what to offer, leads through agreement and install window, runs the
-/// operation against the back ends, reports the outcome once, and quits or restarts. All of it is one numbered state and
-/// one loop. Main thread only; back ends run inside the loop and block it.
+/// operation against the back ends, reports the outcome once, and quits or restarts. All of it is one
+/// numbered state and one loop. Main thread only; back ends run inside the loop and block it.
 class AppController : public AppControllerBase {
 public:
     enum Operation : uint32_t {
@@ -69,11 +69,12 @@ public:
     void awakeFromNib(); ///< titles the menus in the user's language
     void applicationDidFinishLaunching(); ///< starts the machine
 
-    /// Runs the machine until it waits for the user or the application ends. Called at the start and after each
-    /// of the user's answers.
+    /// Runs the machine until it waits for the user or the application ends. Called at the start and after
+    /// each of the user's answers.
     void goToNextState();
 
-    // The user's answers. None of them advances the machine: the window that took the answer does so by closing.
+    // The user's answers. None of them advances the machine: the window that took the answer does so by
+    // closing.
     void licenseAcceptedByUser(bool accepted);
     void prepareToStartOperation();
     void prepareToQuit();

@@ -9,15 +9,9 @@ AppControllerBase* AppControllerBase::appControllerPtr()
     return dynamic_cast<AppControllerBase*>(ZEK_AppController::appControllerPtr());
 }
 
-std::string AppControllerBase::helpBookName() const
-{
-    return "ZEK Velmora Help";
-}
+std::string AppControllerBase::helpBookName() const { return "ZEK Velmora Help"; }
 
-bool AppControllerBase::rememberWindowPostions() const
-{
-    return false;
-}
+bool AppControllerBase::rememberWindowPostions() const { return false; }
 
 CFRef<CFURLRef> AppControllerBase::velmoraApplicationSupportDirectoryURL() const
 {

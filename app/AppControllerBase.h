@@ -11,8 +11,8 @@ public:
     std::string helpBookName() const override;
     bool rememberWindowPostions() const override; ///< no: the windows are always centred
 
-    /// The agent's folder in the user's Application Support folder, relative to that folder. Neither of the two is
-    /// created or looked for. Null when the user has no home folder.
+    /// The agent's folder in the user's Application Support folder, relative to that folder. Neither of the
+    /// two is created or looked for. Null when the user has no home folder.
     CFRef<CFURLRef> velmoraApplicationSupportDirectoryURL() const;
 
 protected:

@@ -4,9 +4,10 @@
 #include <optional>
 #include <string>
 
-/// What the application controller needs of whoever faces the user: windows, a script's flags, or a test. Main thread only.
-/// A window is only opened here. What the user makes of it comes back later, never from inside these calls, through the
-/// controller's licenseAcceptedByUser(), prepareToStartOperation() or prepareToQuit(), then goToNextState().
+/// What the application controller needs of whoever faces the user: windows, a script's flags, or a test.
+/// Main thread only. A window is only opened here. What the user makes of it comes back later, never from
+/// inside these calls, through the controller's licenseAcceptedByUser(), prepareToStartOperation() or
+/// prepareToQuit(), then goToNextState().
 class FrontEnd {
 public:
     virtual ~FrontEnd() = default;
@@ -16,7 +17,8 @@ public:
     virtual void showAboutWindow() = 0;
 
     /// Shows the alert with this number, 1 to 8, and waits for its answer.
-    /// @return 1 to 3 for the button used; 0 when the alert could not be shown, is suppressed, or was left otherwise.
+    /// @return 1 to 3 for the button used; 0 when the alert could not be shown, is suppressed, or was left
+    /// otherwise.
     virtual int32_t runAlertPanel(int32_t number) = 0;
 
     /// Titles the menu item (or, for 200, the menu) with this tag.

@@ -25,10 +25,7 @@ uint32_t SystemVersion()
 
 }
 
-ZEK_AppController* ZEK_AppController::appControllerPtr()
-{
-    return gAppControllerPtr.get();
-}
+ZEK_AppController* ZEK_AppController::appControllerPtr() { return gAppControllerPtr.get(); }
 
 void ZEK_AppController::registerShared(std::unique_ptr<ZEK_AppController> controller)
 {
@@ -49,27 +46,19 @@ ZEK_AppController::ZEK_AppController(FrontEnd& frontEnd)
 
 ZEK_AppController::~ZEK_AppController() = default;
 
-const std::optional<std::string>& ZEK_AppController::versionAsString() const
-{
-    return fVersionStringPtr;
-}
+const std::optional<std::string>& ZEK_AppController::versionAsString() const { return fVersionStringPtr; }
 
-uint32_t ZEK_AppController::versionAsNumVersionVariant() const
-{
-    return fVersion.whole;
-}
+uint32_t ZEK_AppController::versionAsNumVersionVariant() const { return fVersion.whole; }
 
-std::string ZEK_AppController::productNamePtr() const
-{
-    return "";
-}
+std::string ZEK_AppController::productNamePtr() const { return ""; }
 
 bool ZEK_AppController::isDarkMode() const
 {
     constexpr uint32_t kFirstWithDarkAppearance = 0x10E08000; // 10.14
     if (SystemVersion() < kFirstWithDarkAppearance)
         return false;
-    // The user's choice of appearance as the system itself keeps it; there is no entry while it is the light one.
+    // The user's choice of appearance as the system itself keeps it; there is no entry while it is the light
+    // one.
     CFPreferencesAppSynchronize(kCFPreferencesAnyApplication);
     const CFRef<CFTypeRef> style(
         CFPreferencesCopyAppValue(CFSTR("AppleInterfaceStyle"), kCFPreferencesAnyApplication));
@@ -81,34 +70,19 @@ void ZEK_AppController::openHelpPageWithHelpHint(int32_t hint) const
     fFrontEnd.showHelp(helpBookName(), helpAnchorStringFromHelpHint(hint));
 }
 
-std::string ZEK_AppController::helpBookName() const
-{
-    return "";
-}
+std::string ZEK_AppController::helpBookName() const { return ""; }
 
 std::optional<std::string> ZEK_AppController::helpAnchorStringFromHelpHint(int32_t) const
 {
     return std::nullopt;
 }
 
-int32_t ZEK_AppController::defaultHelpHint() const
-{
-    return fDefaultHelpHint;
-}
+int32_t ZEK_AppController::defaultHelpHint() const { return fDefaultHelpHint; }
 
-void ZEK_AppController::setDefaultHelpHint(int32_t hint)
-{
-    fDefaultHelpHint = hint;
-}
+void ZEK_AppController::setDefaultHelpHint(int32_t hint) { fDefaultHelpHint = hint; }
 
-bool ZEK_AppController::rememberWindowPostions() const
-{
-    return true;
-}
+bool ZEK_AppController::rememberWindowPostions() const { return true; }
 
-bool ZEK_AppController::suppressDialogWithKey(const std::string&) const
-{
-    return false;
-}
+bool ZEK_AppController::suppressDialogWithKey(const std::string&) const { return false; }
 
 void ZEK_AppController::setSuppressDialogWithKey(const std::string&) { }

@@ -30,20 +30,21 @@ public:
     /// Opens the page of the help book that the hint stands for, or the start page when it stands for none.
     void openHelpPageWithHelpHint(int32_t hint) const;
     virtual std::string helpBookName() const; ///< "" unless overridden
-    virtual std::optional<std::string> helpAnchorStringFromHelpHint(int32_t hint) const; ///< none unless overridden
+    virtual std::optional<std::string> helpAnchorStringFromHelpHint(
+        int32_t hint) const; ///< none unless overridden
     int32_t defaultHelpHint() const;
     void setDefaultHelpHint(int32_t hint);
 
     /// Whether windows come back where the user left them.
     virtual bool rememberWindowPostions() const;
-    /// Whether the user asked not to see the dialog with this key again. The base forgets; an application that
-    /// wants the answer to last overrides both.
+    /// Whether the user asked not to see the dialog with this key again. The base forgets; an application
+    /// that wants the answer to last overrides both.
     virtual bool suppressDialogWithKey(const std::string& key) const;
     virtual void setSuppressDialogWithKey(const std::string& key);
 
 protected:
-    /// Sets the process's file-creation mask to 022, so that what is installed can be read by all and written by its
-    /// owner, and reads the version. @param frontEnd outlives the controller.
+    /// Sets the process's file-creation mask to 022, so that what is installed can be read by all and written
+    /// by its owner, and reads the version. @param frontEnd outlives the controller.
     explicit ZEK_AppController(FrontEnd& frontEnd);
     /// Makes a controller the shared one, which replaces the one before it.
     static void registerShared(std::unique_ptr<ZEK_AppController> controller);

@@ -26,8 +26,7 @@ namespace {
 constexpr const char* kTexts[] = { "1.0", "2.1.3", "10.15.2", "1.2b3", "1.2 d12", "99.15.15 b255" };
 
 /// Counts what one round allocates; the frame around it may allocate what it likes.
-template <class Round>
-void RunCounting(benchmark::State& state, Round round)
+template <class Round> void RunCounting(benchmark::State& state, Round round)
 {
     const size_t before = gAllocations;
     round();
@@ -77,8 +76,8 @@ void FormatPeer(benchmark::State& state)
     RunCounting(state, [] {
         char text[16];
         for (const uint32_t whole : kWholes) {
-            benchmark::DoNotOptimize(std::snprintf(text, sizeof text, "%x.%u.%u b%u", whole >> 24, whole >> 20 & 0xF,
-                whole >> 16 & 0xF, whole & 0xFF));
+            benchmark::DoNotOptimize(std::snprintf(text, sizeof text, "%x.%u.%u b%u", whole >> 24,
+                whole >> 20 & 0xF, whole >> 16 & 0xF, whole & 0xFF));
         }
     });
 }

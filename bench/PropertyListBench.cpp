@@ -54,10 +54,10 @@ const std::string& Sample(bool xml)
 
 CFRef<CFPropertyListRef> ReadWithCF(const std::string& bytes)
 {
-    const CFRef<CFDataRef> data(CFDataCreate(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
-    return CFRef<CFPropertyListRef>(
-        CFPropertyListCreateWithData(kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
+    const CFRef<CFDataRef> data(CFDataCreate(kCFAllocatorDefault,
+        reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
+    return CFRef<CFPropertyListRef>(CFPropertyListCreateWithData(
+        kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
 }
 
 void ReadOurs(benchmark::State& state, bool xml)
@@ -75,7 +75,8 @@ void ReadPeer(benchmark::State& state, bool xml)
 void WriteOurs(benchmark::State& state, bool xml)
 {
     const CFRef<CFPropertyListRef> list = ReadWithCF(Sample(xml));
-    const CFPropertyListFormat format = xml ? kCFPropertyListXMLFormat_v1_0 : kCFPropertyListBinaryFormat_v1_0;
+    const CFPropertyListFormat format
+        = xml ? kCFPropertyListXMLFormat_v1_0 : kCFPropertyListBinaryFormat_v1_0;
     for ([[maybe_unused]] auto tick : state) {
         const CFRef<CFDataRef> data(
             CFPropertyListCreateData(kCFAllocatorDefault, list.get(), format, 0, nullptr));
@@ -103,4 +104,6 @@ BENCHMARK_CAPTURE(ReadPeer, binary, false)->Name("read binary list/libplist")->U
 BENCHMARK_CAPTURE(WriteOurs, xml, true)->Name("write XML list/ours")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(WritePeer, xml, true)->Name("write XML list/libplist")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(WriteOurs, binary, false)->Name("write binary list/ours")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WritePeer, binary, false)->Name("write binary list/libplist")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WritePeer, binary, false)
+    ->Name("write binary list/libplist")
+    ->Unit(benchmark::kMillisecond);

@@ -21,8 +21,9 @@ cf::Owned<CFPropertyListRef> WrittenAndReadBack(CFPropertyListRef plist, CFPrope
 
 } // namespace
 
-/// Any bytes give either a property list or an error, never both. What was read can be written in the binary format and comes
-/// back as it was; XML may refuse text, and drops fractions of seconds and the sign of zero, but then gives the same again.
+/// Any bytes give either a property list or an error, never both. What was read can be written in the binary
+/// format and comes back as it was; XML may refuse text, and drops fractions of seconds and the sign of zero,
+/// but then gives the same again.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
 {
     const cf::Owned<CFDataRef> data(CFDataCreate(nullptr, bytes, static_cast<CFIndex>(size)));

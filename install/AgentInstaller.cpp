@@ -30,15 +30,12 @@ CFRef<CFURLRef> ApplicationSupportURL()
 
 bool Exists(const std::string& path)
 {
-    struct stat item {};
+    struct stat item { };
     return !path.empty() && stat(path.c_str(), &item) == 0;
 }
 
 /// Creates a folder whose parent exists, unless it is there already.
-bool EnsureFolder(const std::string& path)
-{
-    return Exists(path) || mkdir(path.c_str(), 0777) == 0;
-}
+bool EnsureFolder(const std::string& path) { return Exists(path) || mkdir(path.c_str(), 0777) == 0; }
 
 /// An item that is not there, or whose place is unknown, needs no removing.
 bool MoveToTrash(const std::string& path)
@@ -52,7 +49,8 @@ void WritePropertyList(CFDictionaryRef plist, const std::string& path)
     const CFRef<CFDataRef> data(
         CFPropertyListCreateData(kCFAllocatorDefault, plist, kCFPropertyListXMLFormat_v1_0, 0, nullptr));
     if (data)
-        WriteFileAtomically(path, CFDataGetBytePtr(data.get()), static_cast<size_t>(CFDataGetLength(data.get())));
+        WriteFileAtomically(
+            path, CFDataGetBytePtr(data.get()), static_cast<size_t>(CFDataGetLength(data.get())));
 }
 
 CFRef<CFArrayRef> ArrayOfOne(CFTypeRef element)
@@ -62,10 +60,7 @@ CFRef<CFArrayRef> ArrayOfOne(CFTypeRef element)
 
 }
 
-AgentInstaller* AgentInstaller::agentInstallerPtr()
-{
-    return gAgentInstallerPtr.get();
-}
+AgentInstaller* AgentInstaller::agentInstallerPtr() { return gAgentInstallerPtr.get(); }
 
 AgentInstaller* AgentInstaller::init()
 {
@@ -83,20 +78,11 @@ AgentInstaller::AgentInstaller()
     fInstalledVersionNewer = installed != 0 && offered < installed;
 }
 
-bool AgentInstaller::canInstall() const
-{
-    return fCanInstall;
-}
+bool AgentInstaller::canInstall() const { return fCanInstall; }
 
-bool AgentInstaller::canUpdate() const
-{
-    return fCanUpdate;
-}
+bool AgentInstaller::canUpdate() const { return fCanUpdate; }
 
-bool AgentInstaller::installedVersionNewer() const
-{
-    return fInstalledVersionNewer;
-}
+bool AgentInstaller::installedVersionNewer() const { return fInstalledVersionNewer; }
 
 OSStatus AgentInstaller::install()
 {
@@ -169,8 +155,8 @@ CFRef<CFDictionaryRef> AgentInstaller::createPListForLaunchAgentWithURL(CFURLRef
 
     const CFRef<CFArrayRef> sessions = ArrayOfOne(CFSTR("Aqua"));
     const CFRef<CFArrayRef> arguments = ArrayOfOne(program.get());
-    const void* keys[] = { CFSTR("Label"), CFSTR("Disabled"), CFSTR("KeepAlive"), CFSTR("LimitLoadToSessionType"),
-        CFSTR("Program"), CFSTR("ProgramArguments") };
+    const void* keys[] = { CFSTR("Label"), CFSTR("Disabled"), CFSTR("KeepAlive"),
+        CFSTR("LimitLoadToSessionType"), CFSTR("Program"), CFSTR("ProgramArguments") };
     const void* values[]
         = { label.get(), kCFBooleanFalse, kCFBooleanTrue, sessions.get(), program.get(), arguments.get() };
     return CFRef(CFDictionaryCreate(kCFAllocatorDefault, keys, values, std::size(keys),
@@ -204,7 +190,7 @@ OSStatus AgentInstaller::startStopVelmoraProcess(bool start)
     const CFRef<CFURLRef> plistURL = launchAgentPListURL();
     if (!plistURL)
         return memFullErr;
-    const int error
-        = LaunchDetached(HostPath("/bin/launchctl"), { start ? "load" : "unload", FileSystemPath(plistURL.get()) });
+    const int error = LaunchDetached(
+        HostPath("/bin/launchctl"), { start ? "load" : "unload", FileSystemPath(plistURL.get()) });
     return error == 0 ? OSStatus { noErr } : OSStatus { memFullErr };
 }

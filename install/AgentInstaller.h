@@ -5,8 +5,8 @@
 #include <cstdint>
 
 /// Puts the login agent into the user's Library folder, registers it with launchd, and takes it away again.
-/// Main thread only. The three answers describe the disk when the object was made; nothing refreshes them. Needs the
-/// shared application controller, which knows this installer's version and where the agent belongs.
+/// Main thread only. The three answers describe the disk when the object was made; nothing refreshes them.
+/// Needs the shared application controller, which knows this installer's version and where the agent belongs.
 class AgentInstaller {
 public:
     /// The last installer made, or null before the first.
@@ -30,9 +30,10 @@ public:
     OSStatus update();
 
     /// Asks launchd to unload the agent, without waiting for it, and moves the agent, its support folder
-    /// and its LaunchAgent to the user's Trash. Unless `updating`, the settings are removed as well when all of that
-    /// succeeded. What is not there needs no removing.
-    /// @return noErr; memFullErr, launchctl could not be started, nothing was removed; permErr, the Trash refused.
+    /// and its LaunchAgent to the user's Trash. Unless `updating`, the settings are removed as well when all
+    /// of that succeeded. What is not there needs no removing.
+    /// @return noErr; memFullErr, launchctl could not be started, nothing was removed; permErr, the Trash
+    /// refused.
     OSStatus uninstallAndIsUpdating(bool updating);
 
     /// The "CFBundleShortVersionString" of the installed agent; 0 when there is none or it cannot be read.
@@ -48,7 +49,8 @@ public:
     CFRef<CFURLRef> agentSourceURL() const; ///< the agent that this installer carries
     CFRef<CFURLRef> agentDestURL() const; ///< the agent in the user's Application Support folder
 
-    /// Starts "/bin/launchctl" with "load" or "unload" for the LaunchAgent. What it makes of that is not awaited.
+    /// Starts "/bin/launchctl" with "load" or "unload" for the LaunchAgent. What it makes of that is not
+    /// awaited.
     /// @return noErr once it runs; memFullErr when it could not be started or the location is unknown.
     OSStatus startStopVelmoraProcess(bool start);
 

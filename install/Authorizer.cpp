@@ -59,10 +59,7 @@ void Authorizer::setTool(const std::string& path)
     fAuthorizationItems->valueLength = fToolPathname.size();
 }
 
-const std::string& Authorizer::toolPathname() const
-{
-    return fToolPathname;
-}
+const std::string& Authorizer::toolPathname() const { return fToolPathname; }
 
 bool Authorizer::authorize()
 {

@@ -8,8 +8,8 @@
 #include <vector>
 
 /// Gets administrator rights from the user and starts one helper tool with them. What the tool then does is
-/// not seen: a status of noErr says only that it was started. Main thread only; asking for the rights blocks while the
-/// system's dialog is up. The rights last as long as the object and are destroyed with it.
+/// not seen: a status of noErr says only that it was started. Main thread only; asking for the rights blocks
+/// while the system's dialog is up. The rights last as long as the object and are destroyed with it.
 class Authorizer {
 public:
     /// @return null when the system makes no authorization reference.
@@ -19,7 +19,8 @@ public:
     Authorizer& operator=(const Authorizer&) = delete;
 
     /// Names a tool that lies in the main bundle's Resources folder. The file itself is not looked at.
-    /// @return noErr; fnfErr for an empty name or where there is no such folder; then the tool stays the one before.
+    /// @return noErr; fnfErr for an empty name or where there is no such folder; then the tool stays the one
+    /// before.
     OSStatus setToolName(const std::string& name);
     /// Names the tool by its full path; an empty path is ignored.
     void setToolPathname(const std::string& path);
@@ -32,8 +33,9 @@ public:
     bool getAuthorizationExternalForm(AuthorizationExternalForm* form);
 
     /// Asks for the rights anew and starts the tool with exactly these arguments, in UTF-8.
-    /// @return noErr, the tool was started; paramErr, an argument is empty, not UTF-8 or holds a zero, nobody was
-    /// asked; memFullErr; errAuthorizationCanceled for any refusal; else what the system said to starting it.
+    /// @return noErr, the tool was started; paramErr, an argument is empty, not UTF-8 or holds a zero, nobody
+    /// was asked; memFullErr; errAuthorizationCanceled for any refusal; else what the system said to starting
+    /// it.
     OSStatus runToolWithArguments(const std::vector<std::string>& arguments);
 
 protected:

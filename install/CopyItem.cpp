@@ -14,10 +14,7 @@ std::string StagingPath(const std::string& path)
     return path.substr(0, name) + "." + path.substr(name) + ".partial";
 }
 
-int RemoveEntry(const char* path, const struct stat*, int, struct FTW*)
-{
-    return remove(path);
-}
+int RemoveEntry(const char* path, const struct stat*, int, struct FTW*) { return remove(path); }
 
 /// Removes a folder with everything in it, or a file or link; nothing there is no error.
 int RemoveTree(const std::string& path)
@@ -32,7 +29,7 @@ int RemoveTree(const std::string& path)
 
 int CopyItem(const std::string& from, const std::string& to)
 {
-    struct stat occupied {};
+    struct stat occupied { };
     if (lstat(to.c_str(), &occupied) == 0)
         return EEXIST;
     const std::string staging = StagingPath(to);

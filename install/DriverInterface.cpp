@@ -21,7 +21,7 @@ std::string PathInExtensions(const char* driverName)
 
 bool IsInstalled(const char* driverName)
 {
-    struct stat item {};
+    struct stat item { };
     return stat(HostPath(PathInExtensions(driverName)).c_str(), &item) == 0;
 }
 
@@ -32,10 +32,7 @@ std::vector<std::string> UninstallArguments(const char* driverName)
 
 }
 
-DriverInterface* DriverInterface::driverInterfacePtr()
-{
-    return gDriverInterfacePtr.get();
-}
+DriverInterface* DriverInterface::driverInterfacePtr() { return gDriverInterfacePtr.get(); }
 
 DriverInterface* DriverInterface::init()
 {
@@ -62,45 +59,21 @@ uint32_t DriverInterface::carriedVersion()
     return BundleVersion((MainBundleResources() + "/" + kDriverName).c_str());
 }
 
-uint32_t DriverInterface::installedVersion()
-{
-    return BundleVersion(installedPath().c_str());
-}
+uint32_t DriverInterface::installedVersion() { return BundleVersion(installedPath().c_str()); }
 
-std::string DriverInterface::installedPath()
-{
-    return PathInExtensions(kDriverName);
-}
+std::string DriverInterface::installedPath() { return PathInExtensions(kDriverName); }
 
-bool DriverInterface::oldDriverInstalled()
-{
-    return IsInstalled(kOldDriverName);
-}
+bool DriverInterface::oldDriverInstalled() { return IsInstalled(kOldDriverName); }
 
-bool DriverInterface::canInstall() const
-{
-    return !fDriverInstalled;
-}
+bool DriverInterface::canInstall() const { return !fDriverInstalled; }
 
-bool DriverInterface::canUpdate() const
-{
-    return fCanUpdate;
-}
+bool DriverInterface::canUpdate() const { return fCanUpdate; }
 
-bool DriverInterface::driverPresent() const
-{
-    return fDriverInstalled;
-}
+bool DriverInterface::driverPresent() const { return fDriverInstalled; }
 
-bool DriverInterface::restartMightBeRequired() const
-{
-    return !fDriverInstalled || fCanUpdate;
-}
+bool DriverInterface::restartMightBeRequired() const { return !fDriverInstalled || fCanUpdate; }
 
-bool DriverInterface::restartRequired() const
-{
-    return fRestartRequired;
-}
+bool DriverInterface::restartRequired() const { return fRestartRequired; }
 
 OSStatus DriverInterface::install()
 {
@@ -108,17 +81,14 @@ OSStatus DriverInterface::install()
     if (status == noErr) {
         const std::string resources = MainBundleResources();
         status = resources.empty() ? OSStatus { paramErr }
-                                   : callDriverInstallWithArguments(
-                                       { "install", "drivername", kDriverName, "sourcedirectory", resources });
+                                   : callDriverInstallWithArguments({ "install", "drivername", kDriverName,
+                                       "sourcedirectory", resources });
     }
     fRestartRequired = status == noErr;
     return status;
 }
 
-OSStatus DriverInterface::update()
-{
-    return install();
-}
+OSStatus DriverInterface::update() { return install(); }
 
 OSStatus DriverInterface::uninstall()
 {

@@ -2,9 +2,9 @@
 
 #include "install/Authorizer.h"
 
-/// Installs, updates and removes the dock's kernel extension. The extensions folder itself is changed only by the
-/// privileged tool "driverinstall", which is started and not waited for. Main thread only; every change may block in
-/// the system's password dialog. What is installed is looked at once, when the object is made.
+/// Installs, updates and removes the dock's kernel extension. The extensions folder itself is changed only by
+/// the privileged tool "driverinstall", which is started and not waited for. Main thread only; every change
+/// may block in the system's password dialog. What is installed is looked at once, when the object is made.
 class DriverInterface : public Authorizer {
 public:
     /// The last interface made; null before the first and after one that could not be made.
@@ -22,14 +22,16 @@ public:
     static bool oldDriverInstalled(); ///< the extension of the earlier product generation is there
 
     bool canInstall() const; ///< no extension is installed, or none whose version can be read
-    bool canUpdate() const; ///< the installed extension's version is another than the carried one's, even a later one
+    bool canUpdate()
+        const; ///< the installed extension's version is another than the carried one's, even a later one
     bool driverPresent() const; ///< the opposite of canInstall()
     bool restartMightBeRequired() const; ///< installing or updating would change the extension
     bool restartRequired() const; ///< the last install, update or uninstall changed the system
 
     /// Removes the extension of the earlier product generation if it is there, then has the tool put the
     /// carried extension in place.
-    /// @return noErr when the tool was started, paramErr without a Resources folder, else what running the tool gave.
+    /// @return noErr when the tool was started, paramErr without a Resources folder, else what running the
+    /// tool gave.
     OSStatus install();
     /// The same as install(): replacing an installed extension is the tool's job.
     OSStatus update();

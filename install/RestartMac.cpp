@@ -23,8 +23,8 @@ int RestartMac()
     if (const OSStatus status
         = AECreateDesc(typeProcessSerialNumber, &systemProcess, sizeof systemProcess, &target.desc))
         return status;
-    if (const OSStatus status = AECreateAppleEvent(kCoreEventClass, kAERestart, &target.desc,
-            kAutoGenerateReturnID, kAnyTransactionID, &event.desc))
+    if (const OSStatus status = AECreateAppleEvent(
+            kCoreEventClass, kAERestart, &target.desc, kAutoGenerateReturnID, kAnyTransactionID, &event.desc))
         return status;
     return AESendMessage(&event.desc, &reply.desc, kAENoReply | kAECanSwitchLayer, kAEDefaultTimeout);
 }

@@ -17,15 +17,9 @@ struct StageLetter {
 };
 constexpr StageLetter kStageLetters[] = { { 'd', kDevelopment }, { 'a', kAlpha }, { 'b', kBeta } };
 
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-uint32_t DigitValue(char c)
-{
-    return static_cast<uint32_t>(c - '0');
-}
+uint32_t DigitValue(char c) { return static_cast<uint32_t>(c - '0'); }
 
 /// Reads one or two decimal digits as binary-coded decimal.
 bool ReadMajor(const char*& text, uint32_t& major)

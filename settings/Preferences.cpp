@@ -23,13 +23,14 @@ CFStringRef UpdateLaterKey() { return CFSTR("Update Later Timestamp"); }
 /// The keys that go when the product goes. A postponed update is not one of them.
 std::array<CFStringRef, 6> SettingKeys()
 {
-    return { AgentVersionKey(), LaunchAtLoginKey(), CollectUsageInfoKey(), CheckForUpdatesKey(), LastCheckKey(),
-        LicenseVersionKey() };
+    return { AgentVersionKey(), LaunchAtLoginKey(), CollectUsageInfoKey(), CheckForUpdatesKey(),
+        LastCheckKey(), LicenseVersionKey() };
 }
 
 std::unique_ptr<Preferences> gPreferencesPtr;
 
-/// Brings what is known of the domain up to date with the disk. @return false when that cannot be read or written.
+/// Brings what is known of the domain up to date with the disk. @return false when that cannot be read or
+/// written.
 bool Synchronize(CFStringRef domain)
 {
     return CFPreferencesSynchronize(domain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
@@ -37,7 +38,8 @@ bool Synchronize(CFStringRef domain)
 
 CFRef<CFDictionaryRef> CopyDomain(CFStringRef domain)
 {
-    return CFRef(CFPreferencesCopyMultiple(nullptr, domain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost));
+    return CFRef(
+        CFPreferencesCopyMultiple(nullptr, domain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost));
 }
 
 /// The keys of `dictionary` that `kept` does not have.
@@ -65,17 +67,11 @@ void StoreInDomain(CFStringRef domain, CFDictionaryRef settings, CFArrayRef drop
     Synchronize(domain);
 }
 
-CFRef<CFDateRef> DateAt(CFAbsoluteTime time)
-{
-    return CFRef(CFDateCreate(kCFAllocatorDefault, time));
-}
+CFRef<CFDateRef> DateAt(CFAbsoluteTime time) { return CFRef(CFDateCreate(kCFAllocatorDefault, time)); }
 
 }
 
-Preferences* Preferences::preferencesPtr()
-{
-    return gPreferencesPtr.get();
-}
+Preferences* Preferences::preferencesPtr() { return gPreferencesPtr.get(); }
 
 Preferences* Preferences::init()
 {
@@ -122,7 +118,8 @@ void Preferences::readUserPreferences()
     fCollectUsageInfo = storedBoolean(CollectUsageInfoKey());
     fCheckForUpdates = storedBoolean(CheckForUpdatesKey());
     fLastDisplayedVersionOfEndUserLicense
-        = UnsignedValue(CFDictionaryGetValue(fPreferencesDictionaryPtr.get(), LicenseVersionKey())).value_or(0);
+        = UnsignedValue(CFDictionaryGetValue(fPreferencesDictionaryPtr.get(), LicenseVersionKey()))
+              .value_or(0);
     readTimestamps();
 }
 
@@ -159,7 +156,8 @@ void Preferences::writeUserPreferences()
     const CFStringRef domain = MainBundleIdentifier();
     if (domain == nullptr)
         return;
-    // Keys that were never seen must not be dropped: a domain that could not be read is added to, not replaced.
+    // Keys that were never seen must not be dropped: a domain that could not be read is added to, not
+    // replaced.
     const CFRef<CFDictionaryRef> stored = fDomainRead ? CopyDomain(domain) : CFRef<CFDictionaryRef>();
     const CFRef<CFArrayRef> dropped
         = stored ? CopyKeysMissingIn(fPreferencesDictionaryPtr.get(), stored.get()) : CFRef<CFArrayRef>();
@@ -186,10 +184,7 @@ bool Preferences::anySettingStored()
     });
 }
 
-void Preferences::startCachingWrites()
-{
-    fCacheWrites = true;
-}
+void Preferences::startCachingWrites() { fCacheWrites = true; }
 
 void Preferences::checkForCachedWrites()
 {
@@ -200,15 +195,9 @@ void Preferences::checkForCachedWrites()
     fPreferencesDictionaryNeedsWriting = false;
 }
 
-CFTypeRef Preferences::agentVersionAsString() const
-{
-    return fAgentVersionStringPtr.get();
-}
+CFTypeRef Preferences::agentVersionAsString() const { return fAgentVersionStringPtr.get(); }
 
-uint32_t Preferences::agentVersionAsNumVersionVariant() const
-{
-    return fAgentVersion.whole;
-}
+uint32_t Preferences::agentVersionAsNumVersionVariant() const { return fAgentVersion.whole; }
 
 void Preferences::setAgentVersion(CFStringRef version)
 {
@@ -218,10 +207,7 @@ void Preferences::setAgentVersion(CFStringRef version)
     writeUserPreferences();
 }
 
-bool Preferences::launchAtLogin() const
-{
-    return fLaunchAtLogin;
-}
+bool Preferences::launchAtLogin() const { return fLaunchAtLogin; }
 
 void Preferences::setLaunchAtLogin(bool launch)
 {
@@ -231,10 +217,7 @@ void Preferences::setLaunchAtLogin(bool launch)
     setBoolean(launch, LaunchAtLoginKey());
 }
 
-bool Preferences::collectUsageInfo() const
-{
-    return fCollectUsageInfo;
-}
+bool Preferences::collectUsageInfo() const { return fCollectUsageInfo; }
 
 void Preferences::setCollectUsageInfo(bool collect)
 {
@@ -244,10 +227,7 @@ void Preferences::setCollectUsageInfo(bool collect)
     setBoolean(collect, CollectUsageInfoKey());
 }
 
-bool Preferences::checkForUpdates() const
-{
-    return fCheckForUpdates;
-}
+bool Preferences::checkForUpdates() const { return fCheckForUpdates; }
 
 void Preferences::setCheckForUpdates(bool check)
 {
@@ -255,14 +235,11 @@ void Preferences::setCheckForUpdates(bool check)
         return;
     fCheckForUpdates = check;
     setBoolean(check, CheckForUpdatesKey());
-    CFNotificationCenterPostNotification(
-        CFNotificationCenterGetLocalCenter(), CFSTR("Check For Updates Setting Changed"), this, nullptr, true);
+    CFNotificationCenterPostNotification(CFNotificationCenterGetLocalCenter(),
+        CFSTR("Check For Updates Setting Changed"), this, nullptr, true);
 }
 
-bool Preferences::checkForUpdatesNow() const
-{
-    return true;
-}
+bool Preferences::checkForUpdatesNow() const { return true; }
 
 void Preferences::checkForUpdatesComplete()
 {
@@ -270,10 +247,7 @@ void Preferences::checkForUpdatesComplete()
     setTimestamp(fLastCheckForUpdatesTimestamp, LastCheckKey());
 }
 
-void Preferences::checkForUpdatesLater()
-{
-    checkForUpdatesComplete();
-}
+void Preferences::checkForUpdatesLater() { checkForUpdatesComplete(); }
 
 uint32_t Preferences::lastDisplayedVersionOfEndUserLicense() const
 {
@@ -291,10 +265,7 @@ void Preferences::setLastDisplayedVersionOfEndUserLicense(uint32_t version)
     writeUserPreferences();
 }
 
-CFDateRef Preferences::lastCheckForUpdatesTimestamp() const
-{
-    return fLastUpdateCheckTimestampPtr.get();
-}
+CFDateRef Preferences::lastCheckForUpdatesTimestamp() const { return fLastUpdateCheckTimestampPtr.get(); }
 
 void Preferences::setLastCheckForUpdatesTimestamp()
 {
@@ -303,10 +274,7 @@ void Preferences::setLastCheckForUpdatesTimestamp()
     setTimestamp(now, LastCheckKey());
 }
 
-CFDateRef Preferences::updateLaterTimestamp() const
-{
-    return fUpdateLaterTimestampPtr.get();
-}
+CFDateRef Preferences::updateLaterTimestamp() const { return fUpdateLaterTimestampPtr.get(); }
 
 void Preferences::setUpdateLaterTimestamp()
 {
@@ -328,7 +296,8 @@ bool Preferences::storedBoolean(CFStringRef key) const
     return BooleanValue(CFDictionaryGetValue(fPreferencesDictionaryPtr.get(), key)).value_or(true);
 }
 
-/// Only the value that differs from the default is stored, so that a later default reaches users who never chose.
+/// Only the value that differs from the default is stored, so that a later default reaches users who never
+/// chose.
 void Preferences::setBoolean(bool value, CFStringRef key)
 {
     if (value)

@@ -4,25 +4,26 @@
 #include <cstdint>
 #include <memory>
 
-/// The product's settings, held in memory and stored as the preferences domain named by the main bundle's identifier,
-/// which installer and agent share. The domain is always written whole; keys that this class does not know are kept.
-/// A write that fails is not reported here: whoever has to be sure reads the domain again.
+/// The product's settings, held in memory and stored as the preferences domain named by the main bundle's
+/// identifier, which installer and agent share. The domain is always written whole; keys that this class does
+/// not know are kept. A write that fails is not reported here: whoever has to be sure reads the domain again.
 /// Main thread only. Times are seconds since 2001-01-01 00:00:00 UTC.
 class Preferences {
 public:
     /// The last store made, or null before the first.
     static Preferences* preferencesPtr();
 
-    /// Makes a store with the defaults, reads the stored settings over them and makes it the shared one, which
-    /// replaces the store before it.
+    /// Makes a store with the defaults, reads the stored settings over them and makes it the shared one,
+    /// which replaces the store before it.
     static Preferences* init();
 
-    /// Resets the settings in memory and forgets every stored key; writes nothing. Leaves the agent version's text,
-    /// the time of the last check in seconds and the update-later date as they are.
+    /// Resets the settings in memory and forgets every stored key; writes nothing. Leaves the agent version's
+    /// text, the time of the last check in seconds and the update-later date as they are.
     void setPreferencesToDefaults();
     /// Merges the stored domain into the settings in memory. Without a stored domain nothing changes.
     void readUserPreferences();
-    /// Stores every key, or, between startCachingWrites() and checkForCachedWrites(), only remembers to do so.
+    /// Stores every key, or, between startCachingWrites() and checkForCachedWrites(), only remembers to do
+    /// so.
     void writeUserPreferences();
     /// Removes the product's keys, except the time of a postponed update, and writes. Unknown keys stay, and
     /// so do the values in memory.
@@ -34,8 +35,8 @@ public:
     void startCachingWrites();
     void checkForCachedWrites(); ///< ends caching; writes once if a write was held back
 
-    /// The installed agent's version as stored: a text, unless something else wrote the domain. Null when there is
-    /// none. Borrowed.
+    /// The installed agent's version as stored: a text, unless something else wrote the domain. Null when
+    /// there is none. Borrowed.
     CFTypeRef agentVersionAsString() const;
     uint32_t agentVersionAsNumVersionVariant() const; ///< 0 when there is none, or it is not a version
     /// Stores the version; null is ignored. The two getters above answer it only after the next read.
@@ -75,7 +76,8 @@ private:
     void setTimestamp(CFAbsoluteTime time, CFStringRef key);
 
     CFRef<CFMutableDictionaryRef> fPreferencesDictionaryPtr;
-    bool fDomainRead = false; ///< the stored domain was read, so keys that it has and memory lacks were removed
+    bool fDomainRead
+        = false; ///< the stored domain was read, so keys that it has and memory lacks were removed
     bool fCacheWrites = false;
     bool fPreferencesDictionaryNeedsWriting = false;
     NumVersionVariant fAgentVersion {};

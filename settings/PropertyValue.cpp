@@ -33,7 +33,8 @@ std::optional<bool> BooleanValue(CFTypeRef object)
 {
     const auto text = CFDynamicCast<CFStringRef>(object, CFStringGetTypeID());
     if (text != nullptr && CFStringGetLength(text) > 0
-        && std::u16string_view(u"YyTt").find(CFStringGetCharacterAtIndex(text, 0)) != std::u16string_view::npos)
+        && std::u16string_view(u"YyTt").find(CFStringGetCharacterAtIndex(text, 0))
+            != std::u16string_view::npos)
         return true;
     const std::optional<double> value = DoubleValue(object);
     return value ? std::optional(*value != 0) : std::nullopt;

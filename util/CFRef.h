@@ -4,9 +4,9 @@
 #include <utility>
 
 /// Owns one reference to a CoreFoundation object and releases it at the end of its scope.
-/// Made from the result of a Create or Copy function; an object that is only borrowed is adopted with Retained().
-template <class Ref>
-class CFRef {
+/// Made from the result of a Create or Copy function; an object that is only borrowed is adopted with
+/// Retained().
+template <class Ref> class CFRef {
 public:
     CFRef() = default;
     explicit CFRef(Ref owned)
@@ -54,8 +54,7 @@ private:
 
 /// `object` as the type that the caller expects, or null when it is null or of another type. Borrowed.
 /// @param typeID what the type's …GetTypeID function answers.
-template <class Ref>
-Ref CFDynamicCast(CFTypeRef object, CFTypeID typeID)
+template <class Ref> Ref CFDynamicCast(CFTypeRef object, CFTypeID typeID)
 {
     return object != nullptr && CFGetTypeID(object) == typeID ? static_cast<Ref>(object) : nullptr;
 }

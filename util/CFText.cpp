@@ -19,10 +19,7 @@ std::optional<std::string> EncodedString(CFStringRef text, CFStringEncoding enco
 
 }
 
-std::string StdString(CFStringRef text)
-{
-    return EncodedString(text, kCFStringEncodingUTF8).value_or("");
-}
+std::string StdString(CFStringRef text) { return EncodedString(text, kCFStringEncodingUTF8).value_or(""); }
 
 std::optional<std::string> ASCIIString(CFStringRef text)
 {
@@ -43,7 +40,8 @@ std::string FileSystemPath(CFURLRef url)
     const CFRef<CFStringRef> path(CFURLCopyFileSystemPath(absolute.get(), kCFURLPOSIXPathStyle));
     if (!path)
         return "";
-    std::vector<char> bytes(static_cast<size_t>(CFStringGetMaximumSizeOfFileSystemRepresentation(path.get())));
+    std::vector<char> bytes(
+        static_cast<size_t>(CFStringGetMaximumSizeOfFileSystemRepresentation(path.get())));
     if (!CFStringGetFileSystemRepresentation(path.get(), bytes.data(), static_cast<CFIndex>(bytes.size())))
         return "";
     return bytes.data();
@@ -60,5 +58,6 @@ CFRef<CFURLRef> URLRelativeTo(CFURLRef base, std::string_view path)
     if (base == nullptr || path.empty())
         return {};
     return CFRef(CFURLCreateFromFileSystemRepresentationRelativeToBase(kCFAllocatorDefault,
-        reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), path.back() == '/', base));
+        reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), path.back() == '/',
+        base));
 }

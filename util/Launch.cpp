@@ -13,7 +13,8 @@ struct Pipe {
 
     bool open()
     {
-        return pipe(ends) == 0 && fcntl(ends[0], F_SETFD, FD_CLOEXEC) == 0 && fcntl(ends[1], F_SETFD, FD_CLOEXEC) == 0;
+        return pipe(ends) == 0 && fcntl(ends[0], F_SETFD, FD_CLOEXEC) == 0
+            && fcntl(ends[1], F_SETFD, FD_CLOEXEC) == 0;
     }
     void closeEnd(int end)
     {

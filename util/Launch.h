@@ -12,4 +12,5 @@ int LaunchDetached(const std::string& path, const std::vector<std::string>& argu
 
 /// Runs a program to its end and collects its standard output; its standard error is discarded.
 /// @return what it wrote when it ended with exit status 0; nothing when it could not run or ended otherwise.
-std::optional<std::string> OutputOfProgram(const std::string& path, const std::vector<std::string>& arguments);
+std::optional<std::string> OutputOfProgram(
+    const std::string& path, const std::vector<std::string>& arguments);

@@ -17,7 +17,7 @@ namespace {
 
 bool Exists(const std::string& path)
 {
-    struct stat item {};
+    struct stat item { };
     return lstat(path.c_str(), &item) == 0;
 }
 
@@ -25,10 +25,10 @@ CFRef<CFPropertyListRef> ReadPropertyList(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
     const std::string bytes { std::istreambuf_iterator<char>(file), {} };
-    const CFRef<CFDataRef> data(CFDataCreate(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
-    return CFRef<CFPropertyListRef>(
-        CFPropertyListCreateWithData(kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
+    const CFRef<CFDataRef> data(CFDataCreate(kCFAllocatorDefault,
+        reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
+    return CFRef<CFPropertyListRef>(CFPropertyListCreateWithData(
+        kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
 }
 
 Installation::LaunchAgent ReadLaunchAgent(const std::string& path, CFDictionaryRef expected)
@@ -36,8 +36,9 @@ Installation::LaunchAgent ReadLaunchAgent(const std::string& path, CFDictionaryR
     if (!Exists(path))
         return Installation::LaunchAgent::absent;
     const CFRef<CFPropertyListRef> stored = ReadPropertyList(path);
-    return stored && expected != nullptr && CFEqual(stored.get(), expected) ? Installation::LaunchAgent::whole
-                                                                            : Installation::LaunchAgent::damaged;
+    return stored && expected != nullptr && CFEqual(stored.get(), expected)
+        ? Installation::LaunchAgent::whole
+        : Installation::LaunchAgent::damaged;
 }
 
 /// The process id in what "launchctl list LABEL" prints; 0 when the job has none.
@@ -68,10 +69,7 @@ bool Installation::agentComplete(uint32_t version) const
     return agentVersion == version && launchAgent == LaunchAgent::whole && jobProcess != 0;
 }
 
-bool Installation::driverComplete(uint32_t version) const
-{
-    return driverVersion == version && !oldDriver;
-}
+bool Installation::driverComplete(uint32_t version) const { return driverVersion == version && !oldDriver; }
 
 bool Installation::gone() const
 {
@@ -84,7 +82,8 @@ Installation ReadInstallation()
     const AgentInstaller& agent = *AgentInstaller::agentInstallerPtr();
     const CFRef<CFURLRef> agentURL = agent.agentDestURL();
     const CFRef<CFDictionaryRef> launchAgent = agent.createPListForLaunchAgentWithURL(agentURL.get());
-    const CFRef<CFURLRef> folder = AppControllerBase::appControllerPtr()->velmoraApplicationSupportDirectoryURL();
+    const CFRef<CFURLRef> folder
+        = AppControllerBase::appControllerPtr()->velmoraApplicationSupportDirectoryURL();
 
     Installation found;
     found.agentPath = FileSystemPath(agentURL.get());

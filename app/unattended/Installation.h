@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-/// What of the product is really on this computer, read from the disk and from launchd. Versions are 0 where there
-/// is none; paths are the host's.
+/// What of the product is really on this computer, read from the disk and from launchd. Versions are 0 where
+/// there is none; paths are the host's.
 struct Installation {
     enum class LaunchAgent { absent, damaged, whole };
 

@@ -1,6 +1,7 @@
 #include "app/unattended/Options.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 
 namespace {
@@ -16,6 +17,8 @@ constexpr CommandName kUnattendedCommands[]
 constexpr CommandName kPlainCommands[]
     = { { "--status", Command::status }, { "--help", Command::help }, { "--version", Command::version } };
 
+const std::vector<Command> kOperations { Command::install, Command::update, Command::uninstall };
+
 struct Flag {
     const char* name;
     bool Options::*field;
@@ -27,16 +30,21 @@ const std::vector<Flag>& Flags()
         { "--accept-license", &Options::acceptLicense, { Command::install, Command::update } },
         { "--driver", &Options::driver, { Command::install, Command::update } },
         { "--no-usage-data", &Options::noUsageData, { Command::install } },
-        { "--json", &Options::json, { Command::install, Command::update, Command::uninstall, Command::status } },
+        { "--json", &Options::json,
+            { Command::install, Command::update, Command::uninstall, Command::status } },
     };
     return flags;
 }
 
-template <class Table>
-auto Find(const Table& table, const std::string& name)
+template <class Table> auto Find(const Table& table, const std::string& name)
 {
     return std::find_if(
         std::begin(table), std::end(table), [&name](const auto& row) { return row.name == name; });
+}
+
+bool GoesWith(const std::vector<Command>& commands, Command command)
+{
+    return std::find(commands.begin(), commands.end(), command) != commands.end();
 }
 
 using Argument = std::vector<std::string>::const_iterator;
@@ -69,18 +77,42 @@ std::optional<Command> ParseCommand(Argument& next, Argument end, std::string& e
     return named->command;
 }
 
-bool ParseFlag(const std::string& argument, Options& options, std::string& error)
+/// Reads the seconds after --wait and steps over them.
+bool ParseWait(Argument& next, Argument end, Options& options, std::string& error)
 {
-    const auto flag = Find(Flags(), argument);
-    if (flag == Flags().end()) {
-        error = "unknown argument: " + argument;
+    constexpr int kLongest = 3600;
+    int seconds = -1;
+    if (next != end) {
+        const char* const last = next->data() + next->size();
+        const auto [rest, problem] = std::from_chars(next->data(), last, seconds);
+        if (problem != std::errc() || rest != last)
+            seconds = -1;
+        ++next;
+    }
+    if (seconds < 0 || seconds > kLongest) {
+        error = "--wait needs a number of seconds, at most " + std::to_string(kLongest);
         return false;
     }
-    const auto& allowed = flag->commands;
-    if (std::find(allowed.begin(), allowed.end(), options.command) == allowed.end()) {
-        error = argument + " does not go with what was asked for";
+    options.wait = std::chrono::seconds(seconds);
+    return true;
+}
+
+/// Reads one option, with its value where it has one, and steps over it.
+bool ParseOption(Argument& next, Argument end, Options& options, std::string& error)
+{
+    const std::string& name = *next++;
+    const bool isWait = name == "--wait";
+    const auto flag = Find(Flags(), name);
+    if (!isWait && flag == Flags().end()) {
+        error = "unknown argument: " + name;
         return false;
     }
+    if (!GoesWith(isWait ? kOperations : flag->commands, options.command)) {
+        error = name + " does not go with what was asked for";
+        return false;
+    }
+    if (isWait)
+        return ParseWait(next, end, options, error);
     options.*flag->field = true;
     return true;
 }
@@ -89,22 +121,25 @@ bool ParseFlag(const std::string& argument, Options& options, std::string& error
 
 std::optional<Options> ParseOptions(const std::vector<std::string>& arguments, std::string& error)
 {
-    Argument next = arguments.begin();
+    auto next = arguments.begin();
     const std::optional<Command> command = ParseCommand(next, arguments.end(), error);
     if (!command)
         return std::nullopt;
     Options options;
     options.command = *command;
-    const bool understood = std::all_of(
-        next, arguments.end(), [&](const std::string& argument) { return ParseFlag(argument, options, error); });
-    return understood ? std::optional(options) : std::nullopt;
+    while (next != arguments.end()) {
+        if (!ParseOption(next, arguments.end(), options, error))
+            return std::nullopt;
+    }
+    return options;
 }
 
 std::string UsageText()
 {
-    return R"(usage: zek-velmora-installer --unattended install [--accept-license] [--driver] [--no-usage-data] [--json]
-       zek-velmora-installer --unattended update [--accept-license] [--driver] [--json]
-       zek-velmora-installer --unattended uninstall [--json]
+    return R"(usage: zek-velmora-installer --unattended install [--accept-license] [--driver] [--no-usage-data] [--wait SECONDS]
+                                                     [--json]
+       zek-velmora-installer --unattended update [--accept-license] [--driver] [--wait SECONDS] [--json]
+       zek-velmora-installer --unattended uninstall [--wait SECONDS] [--json]
        zek-velmora-installer --status [--json]
        zek-velmora-installer --help | --version
 
@@ -114,6 +149,7 @@ uninstall        move the agent to the Trash, remove the driver and the settings
 --accept-license accept the license agreement
 --driver         also when the agent is current, install or update the driver
 --no-usage-data  do not send usage data
+--wait SECONDS   how long the result may take to be seen on the disk, 30 unless told
 --json           report as JSON on standard output, progress on standard error
 --status         tell what is installed
 

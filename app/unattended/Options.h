@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@ struct Options {
     bool acceptLicense = false; ///< stands for the Agree button
     bool driver = false; ///< accepts the offer to install or update the driver alone
     bool noUsageData = false; ///< stands for unticking the usage-data box
+    std::chrono::seconds wait { 30 }; ///< how long the result may take to be seen on the disk
     bool json = false; ///< the report is JSON on standard output, and progress goes to standard error
 };
 

@@ -25,7 +25,8 @@ OutcomeTexts TextsOf(Outcome outcome)
     case Outcome::doneRestartNeeded:
         return { "restart-needed", "Done. The driver needs a restart." };
     case Outcome::licenseNotAccepted:
-        return { "license-not-accepted", "The license agreement was not accepted; --accept-license does that." };
+        return { "license-not-accepted",
+            "The license agreement was not accepted; --accept-license does that." };
     case Outcome::authorizationRefused:
         return { "authorization-refused", "The administrator rights were refused." };
     case Outcome::nothingToDo:
@@ -73,10 +74,7 @@ std::string JobText(const Installation& found)
     return found.jobProcess == 0 ? "not running" : "process " + std::to_string(found.jobProcess);
 }
 
-QString Text(const std::string& utf8)
-{
-    return QString::fromStdString(utf8);
-}
+QString Text(const std::string& utf8) { return QString::fromStdString(utf8); }
 
 QJsonObject AgentObject(const Report& report)
 {
@@ -116,24 +114,23 @@ std::string VersionText(uint32_t version)
     return text;
 }
 
-const char* OutcomeSentence(Outcome outcome)
-{
-    return TextsOf(outcome).sentence;
-}
+const char* OutcomeSentence(Outcome outcome) { return TextsOf(outcome).sentence; }
 
 std::string ReportAsText(const Report& report)
 {
     const Installation& found = report.installation;
     std::string text;
-    text += Row("Agent", VersionOr("not installed", found.agentVersion),
-        found.agentFolder ? found.agentPath : "");
+    text += Row(
+        "Agent", VersionOr("not installed", found.agentVersion), found.agentFolder ? found.agentPath : "");
     text += Row("LaunchAgent", LaunchAgentWord(found.launchAgent),
         found.launchAgent == Installation::LaunchAgent::absent ? "" : found.launchAgentPath);
     text += Row("Job", JobText(found), "");
-    text += Row("Driver", VersionOr("not installed", found.driverVersion), found.driverFolder ? found.driverPath : "");
+    text += Row("Driver", VersionOr("not installed", found.driverVersion),
+        found.driverFolder ? found.driverPath : "");
     if (found.oldDriver)
         text += Row("Old driver", "installed", "");
-    text += Row("Restart", found.restartRequest.empty() ? "not requested" : "requested", found.restartRequest);
+    text
+        += Row("Restart", found.restartRequest.empty() ? "not requested" : "requested", found.restartRequest);
     return text;
 }
 

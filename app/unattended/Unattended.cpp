@@ -11,14 +11,12 @@
 
 namespace {
 
-/// Longer than the 20 seconds that launchd gives an agent to end by itself.
-constexpr std::chrono::seconds kPatience { 30 };
 constexpr std::chrono::milliseconds kPause { 20 };
 
 /// Looks at the disk until it is as it should be or patience runs out. @return whether it is.
-bool WaitUntil(const std::function<bool(const Installation&)>& asItShouldBe)
+bool WaitUntil(const std::function<bool(const Installation&)>& asItShouldBe, std::chrono::seconds patience)
 {
-    const auto end = std::chrono::steady_clock::now() + kPatience;
+    const auto end = std::chrono::steady_clock::now() + patience;
     while (!asItShouldBe(ReadInstallation())) {
         if (std::chrono::steady_clock::now() >= end)
             return false;
@@ -37,10 +35,7 @@ public:
     {
     }
 
-    Outcome carryOut()
-    {
-        return fOptions.command == Options::Command::uninstall ? uninstall() : install();
-    }
+    Outcome carryOut() { return fOptions.command == Options::Command::uninstall ? uninstall() : install(); }
     OSStatus status() const { return fStatus; }
 
 private:
@@ -72,14 +67,16 @@ private:
         return fStatus == noErr ? seenOnDisk(gone) : failure();
     }
 
-    /// An agent that is current, but not registered or not running, is what an interrupted installation leaves.
+    /// An agent that is current, but not registered or not running, is what an interrupted installation
+    /// leaves.
     /// @return whether there was something to repair.
     bool repairAgent()
     {
         AgentInstaller& agent = *AgentInstaller::agentInstallerPtr();
         const Installation found = ReadInstallation();
         const uint32_t offered = fController.versionAsNumVersionVariant();
-        const bool currentFromStart = !agent.canInstall() && !agent.canUpdate() && !agent.installedVersionNewer();
+        const bool currentFromStart
+            = !agent.canInstall() && !agent.canUpdate() && !agent.installedVersionNewer();
         if (!currentFromStart || found.agentComplete(offered))
             return false;
         fFrontEnd.progress("The agent is installed but not in order; repairing it.");
@@ -98,7 +95,7 @@ private:
 
     Outcome seenOnDisk(const std::function<bool(const Installation&)>& asItShouldBe) const
     {
-        if (!WaitUntil(asItShouldBe))
+        if (!WaitUntil(asItShouldBe, fOptions.wait))
             return Outcome::notSeenOnDisk;
         return fFrontEnd.restartRequested() ? Outcome::doneRestartNeeded : Outcome::done;
     }

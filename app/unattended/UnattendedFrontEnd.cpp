@@ -39,8 +39,7 @@ constexpr Line kAlertLines[] = {
     { AppController::kOfferDriverUpdate, "The installed driver is another version." },
 };
 
-template <size_t Size>
-const char* TextOf(const Line (&lines)[Size], uint32_t number)
+template <size_t Size> const char* TextOf(const Line (&lines)[Size], uint32_t number)
 {
     const Line* const line
         = std::find_if(lines, lines + Size, [number](const Line& each) { return each.number == number; });
@@ -77,7 +76,8 @@ void UnattendedFrontEnd::answerLicense(AppController& controller)
     fLicenseRefused = !fOptions.acceptLicense;
     controller.licenseAcceptedByUser(fOptions.acceptLicense);
     if (fOptions.acceptLicense)
-        Preferences::preferencesPtr()->setLastDisplayedVersionOfEndUserLicense(AppController::kLicenseVersion);
+        Preferences::preferencesPtr()->setLastDisplayedVersionOfEndUserLicense(
+            AppController::kLicenseVersion);
 }
 
 void UnattendedFrontEnd::answerInstallWindow(AppController& controller) const
@@ -100,15 +100,9 @@ bool UnattendedFrontEnd::wantsOperation(uint32_t operation) const
     return operation == AppController::kUpdate;
 }
 
-void UnattendedFrontEnd::showLicenseWindow()
-{
-    fOpenWindow = Window::license;
-}
+void UnattendedFrontEnd::showLicenseWindow() { fOpenWindow = Window::license; }
 
-void UnattendedFrontEnd::showInstallWindow()
-{
-    fOpenWindow = Window::install;
-}
+void UnattendedFrontEnd::showInstallWindow() { fOpenWindow = Window::install; }
 
 int32_t UnattendedFrontEnd::runAlertPanel(int32_t number)
 {
@@ -133,10 +127,7 @@ void UnattendedFrontEnd::restart()
         progress("The restart could not be requested.");
 }
 
-void UnattendedFrontEnd::terminate()
-{
-    fTerminated = true;
-}
+void UnattendedFrontEnd::terminate() { fTerminated = true; }
 
 // Nothing of these can be seen without windows, and nothing here chooses them.
 void UnattendedFrontEnd::showAboutWindow() { }

@@ -7,8 +7,8 @@
 
 class AppController;
 
-/// Stands for the user: takes the windows and alerts of the installer and answers them as the command line's flags
-/// say, with one line of progress for each step.
+/// Stands for the user: takes the windows and alerts of the installer and answers them as the command line's
+/// flags say, with one line of progress for each step.
 class UnattendedFrontEnd : public FrontEnd {
 public:
     /// @param options outlive this object. @param progress borrowed; where the lines go.
@@ -19,7 +19,10 @@ public:
     void progress(const char* line) const;
 
     bool licenseRefused() const { return fLicenseRefused; }
-    bool operationReported() const { return fOperationReported; } ///< an operation ran to its completion alert
+    bool operationReported() const
+    {
+        return fOperationReported;
+    } ///< an operation ran to its completion alert
     bool restartRequested() const { return fRestartRequested; }
 
     void showLicenseWindow() override;

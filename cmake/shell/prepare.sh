@@ -40,6 +40,6 @@ quietly()
 # build PRESET: configures and builds what has changed since the last time.
 build()
 {
-    [[ -f build/$1/build.ninja ]] || quietly "Configuring $1" cmake --preset "$1"
+    quietly "Configuring $1" cmake --preset "$1"
     quietly "Building $1" cmake --build --preset "$1"
 }

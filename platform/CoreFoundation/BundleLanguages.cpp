@@ -48,7 +48,8 @@ std::string Canonical(std::string_view name)
     return renaming == kRenamings.end() ? result : std::string(renaming->second);
 }
 
-/// A language with ever less said about it: zh-hans-cn, zh-hans. Chinese without a script is no reading matter.
+/// A language with ever less said about it: zh-hans-cn, zh-hans. Chinese without a script is no reading
+/// matter.
 std::vector<std::string> Generalizations(std::string_view language)
 {
     std::vector<std::string> result;
@@ -61,7 +62,8 @@ std::vector<std::string> Generalizations(std::string_view language)
     return result;
 }
 
-void AddMatches(const std::vector<std::string>& available, std::string_view language, std::vector<std::string>& matches)
+void AddMatches(
+    const std::vector<std::string>& available, std::string_view language, std::vector<std::string>& matches)
 {
     const std::vector<std::string> tags = Generalizations(language);
     const size_t before = matches.size();

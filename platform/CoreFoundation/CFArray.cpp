@@ -8,7 +8,7 @@
 struct __CFArray : cf::Object {
     __CFArray(const CFArrayCallBacks* arrayCallBacks, bool canChange)
         : Object(cf::kArrayType)
-        , callBacks(arrayCallBacks ? *arrayCallBacks : CFArrayCallBacks {})
+        , callBacks(cf::Shared(arrayCallBacks, kCFTypeArrayCallBacks))
         , isMutable(canChange)
     {
     }
@@ -43,7 +43,7 @@ struct __CFArray : cf::Object {
     }
 
     std::vector<const void*> values;
-    CFArrayCallBacks callBacks;
+    const CFArrayCallBacks& callBacks;
     bool isMutable;
 };
 

@@ -38,7 +38,7 @@ enum class Place { kNothing, kFile, kFolder };
 /// @param path a Mac path.
 Place PlaceAt(const std::string& path)
 {
-    struct stat info {};
+    struct stat info { };
     if (stat(HostPath(path).c_str(), &info) != 0)
         return Place::kNothing;
     return S_ISDIR(info.st_mode) ? Place::kFolder : Place::kFile;
@@ -150,7 +150,8 @@ struct __CFBundle : cf::Object {
         , fInfo(CreateInfoDictionary(fPath + (fIsFlat ? "/Info.plist" : "/Contents/Info.plist")))
         , fLocalizations(LocalizationsIn(fResources))
     {
-        AddTexts(ValueOfType<CFArrayRef>(info(), kCFBundleLocalizationsKey, CFArrayGetTypeID()), fLocalizations);
+        AddTexts(
+            ValueOfType<CFArrayRef>(info(), kCFBundleLocalizationsKey, CFArrayGetTypeID()), fLocalizations);
     }
     static CFTypeID typeID()
     {
@@ -192,7 +193,8 @@ struct __CFBundle : cf::Object {
         if (resource.place != Place::kNothing)
             return resource;
         for (const std::string& name : matchingLocalizations()) {
-            resource.path = fResources + '/' + name + std::string(kLocalizationSuffix) + '/' + relative;
+            resource.path.assign(fResources).append("/").append(name).append(kLocalizationSuffix);
+            resource.path.append("/").append(relative);
             resource.place = PlaceAt(resource.path);
             if (resource.place != Place::kNothing)
                 return resource;
@@ -238,7 +240,8 @@ private:
     std::vector<std::string> fLocalizations;
 
     std::mutex fMutex;
-    std::map<std::string, cf::Owned<CFDictionaryRef>> fTables; ///< by name and the localizations looked through
+    std::map<std::string, cf::Owned<CFDictionaryRef>>
+        fTables; ///< by name and the localizations looked through
 };
 
 namespace {

@@ -26,8 +26,9 @@ CF_EXPORT const CFStringRef kCFBundleLocalizationsKey;
 
 CF_EXPORT CFTypeID CFBundleGetTypeID();
 
-/// The bundle that the running executable lies in as <bundle>/Contents/MacOS/<executable>, else the executable's folder.
-/// Where the environment has CFProcessPath, that is taken for the executable's path; it is looked at in each call.
+/// The bundle that the running executable lies in as <bundle>/Contents/MacOS/<executable>, else the
+/// executable's folder. Where the environment has CFProcessPath, that is taken for the executable's path; it
+/// is looked at in each call.
 /// @return never released, the same object for the same path; null when there is no such folder.
 CF_EXPORT CFBundleRef CFBundleGetMainBundle();
 /// @param bundleURL of a folder. @return null when there is no such folder; else the caller releases it.
@@ -35,23 +36,26 @@ CF_EXPORT CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef bundleUR
 
 /// The folder, with an absolute path.
 CF_EXPORT CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle);
-/// The content of the information file; empty where that is missing, unreadable, or no dictionary. Never null.
+/// The content of the information file; empty where that is missing, unreadable, or no dictionary. Never
+/// null.
 CF_EXPORT CFDictionaryRef CFBundleGetInfoDictionary(CFBundleRef bundle);
-/// The value in the language chosen, from the table "InfoPlist", else in the information file; null where neither has it.
+/// The value in the language chosen, from the table "InfoPlist", else in the information file; null where
+/// neither has it.
 CF_EXPORT CFTypeRef CFBundleGetValueForInfoDictionaryKey(CFBundleRef bundle, CFStringRef key);
 /// Null where the information file has none, or not as a string.
 CF_EXPORT CFStringRef CFBundleGetIdentifier(CFBundleRef bundle);
 /// As above.
 CF_EXPORT CFStringRef CFBundleGetDevelopmentRegion(CFBundleRef bundle);
-/// The file that the information file names; without a name there, the running executable for the main bundle, else a file
-/// called like the bundle without its extension. Null when no such file exists.
+/// The file that the information file names; without a name there, the running executable for the main
+/// bundle, else a file called like the bundle without its extension. Null when no such file exists.
 CF_EXPORT CFURLRef CFBundleCopyExecutableURL(CFBundleRef bundle);
 /// The folder may be missing.
 CF_EXPORT CFURLRef CFBundleCopyResourcesDirectoryURL(CFBundleRef bundle);
 
 /// Looks in the resources folder, then in the <language>.lproj folders of the languages chosen for the user.
-/// @param resourceName file name; null or empty finds nothing. @param resourceType extension, with or without its point; null or
-/// empty for none, or when the name has it. @param subDirName folder in each of these places; may be null.
+/// @param resourceName file name; null or empty finds nothing. @param resourceType extension, with or without
+/// its point; null or empty for none, or when the name has it. @param subDirName folder in each of these
+/// places; may be null.
 /// @return null when there is no such file or folder.
 CF_EXPORT CFURLRef CFBundleCopyResourceURL(
     CFBundleRef bundle, CFStringRef resourceName, CFStringRef resourceType, CFStringRef subDirName);
@@ -63,13 +67,13 @@ CF_EXPORT CFURLRef CFBundleCopyResourceURL(
 CF_EXPORT CFStringRef CFBundleCopyLocalizedString(
     CFBundleRef bundle, CFStringRef key, CFStringRef value, CFStringRef tableName);
 
-#define CFCopyLocalizedString(key, comment) \
+#define CFCopyLocalizedString(key, comment)                                                                  \
     CFBundleCopyLocalizedString(CFBundleGetMainBundle(), (key), (key), nullptr)
-#define CFCopyLocalizedStringFromTable(key, tbl, comment) \
+#define CFCopyLocalizedStringFromTable(key, tbl, comment)                                                    \
     CFBundleCopyLocalizedString(CFBundleGetMainBundle(), (key), (key), (tbl))
-#define CFCopyLocalizedStringFromTableInBundle(key, tbl, bundle, comment) \
+#define CFCopyLocalizedStringFromTableInBundle(key, tbl, bundle, comment)                                    \
     CFBundleCopyLocalizedString((bundle), (key), (key), (tbl))
-#define CFCopyLocalizedStringWithDefaultValue(key, tbl, bundle, value, comment) \
+#define CFCopyLocalizedStringWithDefaultValue(key, tbl, bundle, value, comment)                              \
     CFBundleCopyLocalizedString((bundle), (key), (value), (tbl))
 
 /// The names of the .lproj folders, sorted, then what the information file lists beside those.

@@ -17,6 +17,9 @@ struct Entry {
 /// Up to here looking through the entries is as quick as an index, and costs nothing to make.
 constexpr size_t kUnindexedCount = 8;
 
+/// What the first entry makes room for: growing to this many one by one would take three allocations.
+constexpr size_t kUsualCount = 4;
+
 /// What becomes of the value of a key that is there already.
 enum class Existing { Stays, Goes };
 
@@ -26,8 +29,8 @@ struct __CFDictionary : cf::Object {
     __CFDictionary(
         const CFDictionaryKeyCallBacks* forKeys, const CFDictionaryValueCallBacks* forValues, bool canChange)
         : Object(cf::kDictionaryType)
-        , keyCallBacks(forKeys ? *forKeys : CFDictionaryKeyCallBacks {})
-        , valueCallBacks(forValues ? *forValues : CFDictionaryValueCallBacks {})
+        , keyCallBacks(cf::Shared(forKeys, kCFTypeDictionaryKeyCallBacks))
+        , valueCallBacks(cf::Shared(forValues, kCFTypeDictionaryValueCallBacks))
         , isMutable(canChange)
     {
     }
@@ -72,14 +75,16 @@ struct __CFDictionary : cf::Object {
 
     std::vector<Entry> entries;
     cf::HashIndex index; ///< made when there are more than kUnindexedCount
-    CFDictionaryKeyCallBacks keyCallBacks;
-    CFDictionaryValueCallBacks valueCallBacks;
+    const CFDictionaryKeyCallBacks& keyCallBacks;
+    const CFDictionaryValueCallBacks& valueCallBacks;
     bool isMutable;
 };
 
 /// @param key absent so far. @param hash the key's.
 void __CFDictionary::append(const void* key, const void* value, CFHashCode hash)
 {
+    if (entries.empty())
+        entries.reserve(kUsualCount);
     entries.push_back({ cf::Kept(keyCallBacks, key), cf::Kept(valueCallBacks, value), hash });
     const auto count = static_cast<uint32_t>(entries.size());
     if (count <= kUnindexedCount)

@@ -3,17 +3,18 @@
 #include <CoreFoundation/CFBase.h>
 #include <CoreFoundation/CFDictionary.h>
 
-// Notification centers call observers back, one after the other in the order of their registration and on the thread that
-// posts, before posting returns. Every function may be called from any thread, and from callbacks: an observer added
-// while a notification is delivered does not get that one; one removed gets nothing that has not begun.
+// Notification centers call observers back, one after the other in the order of their registration and on the
+// thread that posts, before posting returns. Every function may be called from any thread, and from
+// callbacks: an observer added while a notification is delivered does not get that one; one removed gets
+// nothing that has not begun.
 
 CF_EXTERN_C_BEGIN
 
 using CFNotificationCenterRef = struct __CFNotificationCenter*;
 using CFNotificationName = CFStringRef;
 
-using CFNotificationCallback = void (*)(CFNotificationCenterRef center, void* observer, CFNotificationName name,
-    const void* object, CFDictionaryRef userInfo);
+using CFNotificationCallback = void (*)(CFNotificationCenterRef center, void* observer,
+    CFNotificationName name, const void* object, CFDictionaryRef userInfo);
 
 /// What becomes of notifications while a program is suspended. Nothing suspends a center here.
 enum CFNotificationSuspensionBehavior : CFIndex {
@@ -37,7 +38,8 @@ CF_EXPORT CFNotificationCenterRef CFNotificationCenterGetDistributedCenter();
 
 /// The same observer may register several times and is then called as often.
 /// @param observer handed to the callback, not retained; may be null. @param callBack not null.
-/// @param name null for all names. @param object null for all objects; not retained, except the distributed center's.
+/// @param name null for all names. @param object null for all objects; not retained, except the distributed
+/// center's.
 CF_EXPORT void CFNotificationCenterAddObserver(CFNotificationCenterRef center, const void* observer,
     CFNotificationCallback callBack, CFStringRef name, const void* object,
     CFNotificationSuspensionBehavior suspensionBehavior);

@@ -58,13 +58,14 @@ std::string DomainName(CFStringRef applicationID)
     if (CFEqual(applicationID, kCFPreferencesAnyApplication))
         return ".GlobalPreferences";
     std::string name = CFEqual(applicationID, kCFPreferencesCurrentApplication) ? CurrentApplicationName()
-                                                                                 : cf::Utf8(applicationID);
+                                                                                : cf::Utf8(applicationID);
     const bool isUnsafe = name.find_first_of(std::string_view("/\0", 2)) != std::string::npos
         || name.find("..") != std::string::npos;
     return isUnsafe ? std::string() : name;
 }
 
-/// Calls `use` with the domain, alone of all threads. @return its answer, or `none` where there is no such domain.
+/// Calls `use` with the domain, alone of all threads. @return its answer, or `none` where there is no such
+/// domain.
 template <class Result, class Use>
 Result WithDomain(CFStringRef applicationID, CFStringRef userName, CFStringRef hostName, Result none, Use use)
 {
@@ -76,8 +77,7 @@ Result WithDomain(CFStringRef applicationID, CFStringRef userName, CFStringRef h
         return none;
     Store& store = TheStore();
     const std::lock_guard lock(store.mutex);
-    const auto [entry, isNew]
-        = store.domains.try_emplace(std::pair(home, name), home, name);
+    const auto [entry, isNew] = store.domains.try_emplace(std::pair(home, name), home, name);
     return use(entry->second);
 }
 
@@ -89,15 +89,15 @@ CFMutableDictionaryRef CreateEmptyDictionary()
 
 CFMutableDictionaryRef CopyAll(CFStringRef applicationID, CFStringRef userName, CFStringRef hostName)
 {
-    CFMutableDictionaryRef values = WithDomain<CFMutableDictionaryRef>(applicationID, userName, hostName, nullptr,
+    auto* const values = WithDomain<CFMutableDictionaryRef>(applicationID, userName, hostName, nullptr,
         [](PreferencesDomain& domain) { return domain.copyValues(); });
     return values ? values : CreateEmptyDictionary();
 }
 
 bool BooleanFromText(CFStringRef text, bool& value)
 {
-    constexpr std::array<std::pair<std::string_view, bool>, 6> meanings = { { { "true", true }, { "yes", true },
-        { "1", true }, { "false", false }, { "no", false }, { "0", false } } };
+    constexpr std::array<std::pair<std::string_view, bool>, 6> meanings = { { { "true", true },
+        { "yes", true }, { "1", true }, { "false", false }, { "no", false }, { "0", false } } };
     for (const auto& [word, meaning] : meanings) {
         const cf::Owned<CFStringRef> wordText(cf::MakeString(word));
         if (CFStringCompare(text, wordText.get(), kCFCompareCaseInsensitive) == kCFCompareEqualTo) {
@@ -144,7 +144,8 @@ bool IntegerFrom(CFTypeRef object, CFIndex& value)
 }
 
 template <class Value>
-Value GetAppValue(CFStringRef key, CFStringRef applicationID, Boolean* isValid, bool (*convert)(CFTypeRef, Value&))
+Value GetAppValue(
+    CFStringRef key, CFStringRef applicationID, Boolean* isValid, bool (*convert)(CFTypeRef, Value&))
 {
     const cf::Owned<CFPropertyListRef> object(CFPreferencesCopyAppValue(key, applicationID));
     Value value {};
@@ -159,8 +160,8 @@ Value GetAppValue(CFStringRef key, CFStringRef applicationID, Boolean* isValid, 
 CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applicationID)
 {
     for (const CFStringRef application : { applicationID, kCFPreferencesAnyApplication }) {
-        if (const CFPropertyListRef value = CFPreferencesCopyValue(
-                key, application, kCFPreferencesCurrentUser, kCFPreferencesAnyHost))
+        if (const CFPropertyListRef value
+            = CFPreferencesCopyValue(key, application, kCFPreferencesCurrentUser, kCFPreferencesAnyHost))
             return value;
     }
     return nullptr;
@@ -253,7 +254,8 @@ void CFPreferencesSetMultiple(CFDictionaryRef keysToSet, CFArrayRef keysToRemove
     if (additions > 0)
         CFDictionaryGetKeysAndValues(keysToSet, keys.data(), values.data());
     for (size_t i = 0; i < additions; ++i)
-        CFPreferencesSetValue(static_cast<CFStringRef>(keys[i]), values[i], applicationID, userName, hostName);
+        CFPreferencesSetValue(
+            static_cast<CFStringRef>(keys[i]), values[i], applicationID, userName, hostName);
 }
 
 Boolean CFPreferencesSynchronize(CFStringRef applicationID, CFStringRef userName, CFStringRef hostName)

@@ -15,16 +15,14 @@
 
 namespace {
 
-void SetError(CFErrorRef* error, CFIndex code, const char* description)
+CFErrorRef CreateError(CFIndex code, const char* description)
 {
-    if (!error)
-        return;
     const cf::Owned<CFStringRef> text(cf::MakeString(description));
     const void* key = kCFErrorLocalizedDescriptionKey;
     const void* value = text.get();
     const cf::Owned<CFDictionaryRef> userInfo(CFDictionaryCreate(kCFAllocatorDefault, &key, &value, 1,
         &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
-    *error = CFErrorCreate(kCFAllocatorDefault, kCFErrorDomainCocoa, code, userInfo.get());
+    return CFErrorCreate(kCFAllocatorDefault, kCFErrorDomainCocoa, code, userInfo.get());
 }
 
 /// Copies a property list in one pass. The first fault stops it.
@@ -99,35 +97,35 @@ PointLocale::PointLocale()
     fPrevious = uselocale(pointLocale);
 }
 
-CFPropertyListRef CFPropertyListCreateWithData(CFAllocatorRef, CFDataRef data, CFOptionFlags options,
-    CFPropertyListFormat* format, CFErrorRef* error)
+CFPropertyListRef CFPropertyListCreateWithData(
+    CFAllocatorRef, CFDataRef data, CFOptionFlags options, CFPropertyListFormat* format, CFErrorRef* error)
 {
     CFPropertyListFormat found = kCFPropertyListXMLFormat_v1_0;
     const char* fault = "Memory is too short for the property list.";
     const CFPropertyListRef plist
-        = cf::NullWithoutMemory([&] { return ReadPropertyList(data, options, found, fault); });
-    if (!plist)
-        SetError(error, kCFPropertyListReadCorruptError, fault);
-    else if (format)
+        = cf::NullWithoutMemory([&] { return CreatePropertyList(data, options, found, fault); });
+    if (plist && format)
         *format = found;
+    if (!plist && error)
+        *error = CreateError(kCFPropertyListReadCorruptError, fault);
     return plist;
 }
 
-CFDataRef CFPropertyListCreateData(CFAllocatorRef, CFPropertyListRef propertyList, CFPropertyListFormat format,
-    CFOptionFlags, CFErrorRef* error)
+CFDataRef CFPropertyListCreateData(CFAllocatorRef, CFPropertyListRef propertyList,
+    CFPropertyListFormat format, CFOptionFlags, CFErrorRef* error)
 {
-    const char* fault = nullptr;
+    const char* fault = "Memory is too short for the property list.";
     const CFDataRef data
-        = cf::NullWithoutMemory([&] { return WritePropertyList(propertyList, format, fault); });
-    if (!data)
-        SetError(error, kCFPropertyListWriteStreamError,
-            fault ? fault : "Memory is too short for the property list.");
+        = cf::NullWithoutMemory([&] { return CreatePropertyListData(propertyList, format, fault); });
+    if (!data && error)
+        *error = CreateError(kCFPropertyListWriteStreamError, fault);
     return data;
 }
 
 Boolean CFPropertyListIsValid(CFPropertyListRef plist, CFPropertyListFormat format)
 {
-    return CanWritePropertyList(plist, format);
+    const auto check = [&] { return CanWritePropertyList(plist, format) ? plist : nullptr; };
+    return cf::NullWithoutMemory(check) != nullptr;
 }
 
 CFPropertyListRef CFPropertyListCreateDeepCopy(

@@ -31,8 +31,8 @@ Descriptor LockFolder(const std::string& folder)
     Descriptor lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const auto deadline = std::chrono::steady_clock::now() + kLockPatience;
     while (lock && flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
-        // Some network file systems lock no folders. There, files still are replaced whole; two processes that write at
-        // the same moment may lose one's change, which is better than never saving anything.
+        // Some network file systems lock no folders. There, files still are replaced whole; two processes
+        // that write at the same moment may lose one's change, which is better than never saving anything.
         if (errno != EWOULDBLOCK && errno != EINTR)
             break;
         if (std::chrono::steady_clock::now() >= deadline)
@@ -53,8 +53,8 @@ void ApplyChange(const void* key, const void* value, void* values)
 
 cf::Owned<CFMutableDictionaryRef> CreateDictionary()
 {
-    return cf::Owned<CFMutableDictionaryRef>(CFDictionaryCreateMutable(kCFAllocatorDefault, 0,
-        &kCFCopyStringDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    return cf::Owned<CFMutableDictionaryRef>(CFDictionaryCreateMutable(
+        kCFAllocatorDefault, 0, &kCFCopyStringDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
 }
 
 } // namespace
@@ -90,7 +90,8 @@ void PreferencesDomain::set(CFStringRef key, CFTypeRef value)
         CFDictionarySetValue(fChanges.get(), key, kCFNull);
         return;
     }
-    // As a part of the whole, because that is one level deeper: one bad value must not keep all others from being saved.
+    // As a part of the whole, because that is one level deeper: one bad value must not keep all others from
+    // being saved.
     const cf::Owned<CFMutableDictionaryRef> whole = CreateDictionary();
     CFDictionarySetValue(whole.get(), key, value);
     if (CFPropertyListIsValid(whole.get(), kCFPropertyListBinaryFormat_v1_0))
@@ -129,8 +130,8 @@ bool PreferencesDomain::writeChanges()
 
 bool PreferencesDomain::replaceFile(CFDictionaryRef values)
 {
-    const cf::Owned<CFDataRef> data(CFPropertyListCreateData(
-        kCFAllocatorDefault, values, kCFPropertyListBinaryFormat_v1_0, 0, nullptr));
+    const cf::Owned<CFDataRef> data(
+        CFPropertyListCreateData(kCFAllocatorDefault, values, kCFPropertyListBinaryFormat_v1_0, 0, nullptr));
     // What is too large to be read again is not written.
     if (!data || CFDataGetLength(data.get()) > kFileSizeLimit)
         return false;

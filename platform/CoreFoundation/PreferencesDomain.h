@@ -18,8 +18,8 @@ public:
     /// @return all values with the changes held; the caller releases it.
     CFMutableDictionaryRef copyValues();
 
-    /// Holds a change. @param value null to remove the key; else kept as it is. Refused, with nothing changed, where
-    /// it could not be written.
+    /// Holds a change. @param value null to remove the key; else kept as it is. Refused, with nothing
+    /// changed, where it could not be written.
     void set(CFStringRef key, CFTypeRef value);
 
     /// Reads the file again before the next value is answered.

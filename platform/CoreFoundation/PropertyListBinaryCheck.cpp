@@ -1,6 +1,8 @@
 #include "CoreFoundation/PropertyListCheck.h"
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -11,7 +13,8 @@ namespace {
 constexpr std::string_view kMagic = "bplist00";
 constexpr size_t kTrailerSize = 32;
 
-// About what libplist takes for a node beside its payload; the budget then is the memory that reading may cost.
+// About what libplist takes for a node beside its payload; the budget then is the memory that reading may
+// cost.
 constexpr uint64_t kNodeCost = 64;
 constexpr uint64_t kBaseBudget = uint64_t { 64 } << 20;
 constexpr uint64_t kBudgetPerByte = 32;
@@ -56,8 +59,8 @@ public:
     {
         uint64_t top = 0;
         if (!readTrailer(top) || !measure(top, 0))
-            return { fFault, {}, false };
-        return { nullptr, fBytes, fHasWideIntegers };
+            return { fFault, {}, false, false };
+        return { nullptr, fBytes, fHasWideIntegers, fHasWideDates };
     }
 
 private:
@@ -124,7 +127,17 @@ private:
         return object.count == 4 && fOffsetTable - object.content >= 16 && number(object.content, 8) == 0;
     }
 
-    /// @return the payload of a leaf in bytes; false where it does not fit or the kind is none of a property list.
+    bool isDate(const Object& object)
+    {
+        if (fOffsetTable - object.content < 8)
+            return false;
+        const auto at = std::bit_cast<double>(number(object.content, 8));
+        fHasWideDates = fHasWideDates || !IsPlainDate(at);
+        return std::isfinite(at);
+    }
+
+    /// @return the payload of a leaf in bytes; false where it does not fit or the kind is none of a property
+    /// list.
     bool leafSize(const Object& object, uint64_t& size)
     {
         switch (object.kind) {
@@ -139,7 +152,7 @@ private:
             return size == 4 || size == 8;
         case kDate:
             size = 8;
-            return object.count == 3;
+            return object.count == 3 && isDate(object);
         case kData:
         case kASCIIString:
             size = object.count;
@@ -220,7 +233,8 @@ private:
         if (fMeasures[index].state == Measure::kOpen)
             return fail("A container of the binary property list holds itself.");
         if (fMeasures[index].state == Measure::kDone)
-            return depth + fMeasures[index].depth <= kPropertyListDepthLimit || fail("The property list is nested too deeply.");
+            return depth + fMeasures[index].depth <= kPropertyListDepthLimit
+                || fail("The property list is nested too deeply.");
         Object object {};
         if (!readObject(index, object))
             return false;
@@ -241,11 +255,9 @@ private:
     size_t fReferenceSize = 0;
     const char* fFault = kMalformed;
     bool fHasWideIntegers = false;
+    bool fHasWideDates = false;
 };
 
 } // namespace
 
-PropertyListCheck CheckBinaryPropertyList(std::string_view bytes)
-{
-    return BinaryChecker(bytes).check();
-}
+PropertyListCheck CheckBinaryPropertyList(std::string_view bytes) { return BinaryChecker(bytes).check(); }

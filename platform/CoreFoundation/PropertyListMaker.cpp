@@ -79,10 +79,9 @@ bool PropertyListMaker::finishDictionary(Start start)
     const void** values = fValues.data() + start.value;
     const auto count = static_cast<CFIndex>(fKeys.size() - start.key);
     return replace(start,
-        fOptions == kCFPropertyListImmutable
-            ? CFDictionaryCreate(kCFAllocatorDefault, keys, values, count, &kCFCopyStringDictionaryKeyCallBacks,
-                &kCFTypeDictionaryValueCallBacks)
-            : CreateMutableDictionary(keys, values, count));
+        fOptions == kCFPropertyListImmutable ? CFDictionaryCreate(kCFAllocatorDefault, keys, values, count,
+            &kCFCopyStringDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks)
+                                             : CreateMutableDictionary(keys, values, count));
 }
 
 CFTypeRef PropertyListMaker::take()

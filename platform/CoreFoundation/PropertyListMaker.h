@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <vector>
 
-/// Builds a property list from its leaves upward, with the mutability that was asked for. What has been added and
-/// not been taken is released at the end, so that a caller that meets a fault half-way just leaves.
+/// Builds a property list from its leaves upward, with the mutability that was asked for. What has been added
+/// and not been taken is released at the end, so that a caller that meets a fault half-way just leaves.
 class PropertyListMaker {
 public:
     /// @param options one of CFPropertyListMutabilityOptions.
@@ -36,7 +36,8 @@ public:
     Start start() const { return { fKeys.size(), fValues.size() }; }
     /// Replaces all values added since `start` by one array of them.
     bool finishArray(Start start);
-    /// Replaces all keys and values added since `start`, as many of each, by one dictionary; of equal keys the last counts.
+    /// Replaces all keys and values added since `start`, as many of each, by one dictionary; of equal keys
+    /// the last counts.
     bool finishDictionary(Start start);
 
     /// The one value left; the caller releases it.

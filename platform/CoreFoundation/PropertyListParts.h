@@ -20,8 +20,8 @@ struct PropertyListTreeFreer {
 /// A node of libplist with all that hangs on it.
 using PropertyListTree = std::unique_ptr<void, PropertyListTreeFreer>;
 
-/// While it lives, this thread reads and writes numbers with a point. libplist uses the C library's conversions, and a
-/// toolkit may have set a locale with a comma.
+/// While it lives, this thread reads and writes numbers with a point. libplist uses the C library's
+/// conversions, and a toolkit may have set a locale with a comma.
 class PointLocale {
 public:
     PointLocale();
@@ -34,12 +34,13 @@ private:
 };
 
 /// @param format receives the format found, also on failure.
-/// @param fault receives on failure what is wrong, as static text. @return null on failure; else the caller releases it.
-CFPropertyListRef ReadPropertyList(
+/// @param fault receives on failure what is wrong, as static text. @return null on failure; else the caller
+/// releases it.
+CFPropertyListRef CreatePropertyList(
     CFDataRef data, CFOptionFlags options, CFPropertyListFormat& format, const char*& fault);
 
 /// @param fault as above.
-CFDataRef WritePropertyList(CFPropertyListRef plist, CFPropertyListFormat format, const char*& fault);
+CFDataRef CreatePropertyListData(CFPropertyListRef plist, CFPropertyListFormat format, const char*& fault);
 
 /// Does all of the above but the writing.
 bool CanWritePropertyList(CFPropertyListRef plist, CFPropertyListFormat format);

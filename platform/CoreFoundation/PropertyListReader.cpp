@@ -13,7 +13,6 @@
 #include <plist/plist.h>
 
 #include <bit>
-#include <cmath>
 #include <cstdint>
 #include <string_view>
 #include <unordered_map>
@@ -57,9 +56,10 @@ private:
 /// Turns libplist's nodes into objects, in one pass. The first fault stops it.
 class Reader {
 public:
-    Reader(CFOptionFlags options, bool hasWideIntegers)
+    Reader(CFOptionFlags options, const PropertyListCheck& check)
         : fMaker(options)
-        , fHasWideIntegers(hasWideIntegers)
+        , fHasWideIntegers(check.hasWideIntegers)
+        , fHasWideDates(check.hasWideDates)
     {
     }
 
@@ -144,8 +144,8 @@ private:
         if (!key)
             return false;
         fMaker.addKey(key);
-        // Texts that are not all ASCII are not kept in this form; they just are not shared. The maker keeps what is listed alive
-        // only until its dictionary is done, so the list holds a reference of its own.
+        // Texts that are not all ASCII are not kept in this form; they just are not shared. The maker keeps
+        // what is listed alive only until its dictionary is done, so the list holds a reference of its own.
         if (const char* kept = CFStringGetCStringPtr(key, kCFStringEncodingUTF8)) {
             fOwnedKeys.emplace_back(cf::Retained(key));
             fKeys.emplace(kept, key);
@@ -157,9 +157,11 @@ private:
     {
         uint64_t bits = 0;
         plist_get_uint_val(node, &bits);
-        // Negative integers come as their two's complement; only the written form tells them from large ones, which take 16 bytes.
+        // Negative integers come as their two's complement; only the written form tells them from large ones,
+        // which take 16 bytes.
         constexpr uint8_t wideIntegerType = 0x14;
-        if (fHasWideIntegers && static_cast<int64_t>(bits) < 0 && BinaryLeaf(node).type() == wideIntegerType) {
+        if (fHasWideIntegers && static_cast<int64_t>(bits) < 0
+            && BinaryLeaf(node).type() == wideIntegerType) {
             const auto nearest = static_cast<double>(bits);
             return fMaker.add(CFNumberCreate(kCFAllocatorDefault, kCFNumberFloat64Type, &nearest));
         }
@@ -188,13 +190,23 @@ private:
             kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes), static_cast<CFIndex>(length)));
     }
 
-    /// The accessor cuts a date to 32-bit seconds and microseconds.
     bool addDate(plist_t node)
+    {
+        if (fHasWideDates)
+            return addWideDate(node);
+        int32_t seconds = 0;
+        int32_t microseconds = 0;
+        plist_get_date_val(node, &seconds, &microseconds);
+        return fMaker.add(CFDateCreate(kCFAllocatorDefault, seconds));
+    }
+
+    /// The accessor cuts a date to 32-bit seconds and microseconds.
+    bool addWideDate(plist_t node)
     {
         const BinaryLeaf leaf(node);
         constexpr uint8_t dateType = 0x33;
-        const auto at = std::bit_cast<double>(leaf.payload());
-        return leaf.type() == dateType && std::isfinite(at) && fMaker.add(CFDateCreate(kCFAllocatorDefault, at));
+        return leaf.type() == dateType
+            && fMaker.add(CFDateCreate(kCFAllocatorDefault, std::bit_cast<double>(leaf.payload())));
     }
 
     /// A reference inside a keyed archive, in the form that the XML format has for it.
@@ -212,6 +224,7 @@ private:
     std::unordered_map<std::string_view, CFStringRef> fKeys;
     std::vector<cf::Owned<CFStringRef>> fOwnedKeys;
     bool fHasWideIntegers;
+    bool fHasWideDates;
 };
 
 PropertyListTree Parse(std::string_view document, CFPropertyListFormat format)
@@ -225,7 +238,7 @@ PropertyListTree Parse(std::string_view document, CFPropertyListFormat format)
 
 } // namespace
 
-CFPropertyListRef ReadPropertyList(
+CFPropertyListRef CreatePropertyList(
     CFDataRef data, CFOptionFlags options, CFPropertyListFormat& format, const char*& fault)
 {
     const std::string_view bytes(
@@ -241,5 +254,5 @@ CFPropertyListRef ReadPropertyList(
         return nullptr;
     const PropertyListTree tree = Parse(check.document, format);
     fault = "The property list is malformed.";
-    return tree ? Reader(options, check.hasWideIntegers).read(tree.get()) : nullptr;
+    return tree ? Reader(options, check).read(tree.get()) : nullptr;
 }

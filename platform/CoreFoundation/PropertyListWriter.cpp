@@ -29,17 +29,19 @@ namespace {
 constexpr std::chrono::sys_days kReferenceDay { std::chrono::year { 2001 } / 1 / 1 };
 constexpr std::chrono::sys_days kFirstXMLDay { std::chrono::year { 1000 } / 1 / 1 };
 constexpr std::chrono::sys_days kAfterLastXMLDay { std::chrono::year { 10000 } / 1 / 1 };
-constexpr auto kFirstXMLDate = static_cast<double>(std::chrono::seconds(kFirstXMLDay - kReferenceDay).count());
-constexpr auto kAfterLastXMLDate = static_cast<double>(std::chrono::seconds(kAfterLastXMLDay - kReferenceDay).count());
+constexpr auto kFirstXMLDate
+    = static_cast<double>(std::chrono::seconds(kFirstXMLDay - kReferenceDay).count());
+constexpr auto kAfterLastXMLDate
+    = static_cast<double>(std::chrono::seconds(kAfterLastXMLDay - kReferenceDay).count());
 
-/// Whether XML can hold all of it. @param text UTF-8, valid. Null ends a C string and so can be in neither format.
+/// Whether XML can hold all of it. @param text UTF-8, valid. Null ends a C string and so can be in neither
+/// format.
 bool IsWritable(std::string_view text, bool isXML)
 {
     if (!isXML)
         return text.find('\0') == std::string_view::npos;
-    const auto isForbidden = [](char c) {
-        return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
-    };
+    const auto isForbidden
+        = [](char c) { return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r'; };
     return std::none_of(text.begin(), text.end(), isForbidden)
         && text.find("\xEF\xBF\xBE") == std::string_view::npos // U+FFFE
         && text.find("\xEF\xBF\xBF") == std::string_view::npos; // U+FFFF
@@ -56,8 +58,8 @@ std::string_view TextOf(CFStringRef string, std::string& copy)
     return ok ? std::string_view(copy) : std::string_view();
 }
 
-/// A date node with all of its digits; the library's own function takes 32-bit seconds.
-PropertyListTree NewDate(double secondsSinceReference)
+/// A date node with all of its digits, for dates that are not plain.
+PropertyListTree NewWideDate(double secondsSinceReference)
 {
     constexpr std::string_view head("bplist00\x33", 9);
     constexpr std::string_view tail("\x08" // offset of the only object
@@ -74,6 +76,13 @@ PropertyListTree NewDate(double secondsSinceReference)
     plist_t node = nullptr;
     plist_from_bin(bytes.data(), static_cast<uint32_t>(bytes.size()), &node);
     return PropertyListTree(node);
+}
+
+PropertyListTree NewDate(double secondsSinceReference)
+{
+    if (!IsPlainDate(secondsSinceReference))
+        return NewWideDate(secondsSinceReference);
+    return PropertyListTree(plist_new_date(static_cast<int32_t>(secondsSinceReference), 0));
 }
 
 /// Turns objects into libplist's nodes, in one pass. The first fault stops it.
@@ -283,13 +292,14 @@ CFDataRef CreateDataWithEscapedCarriageReturns(std::string_view xml)
 
 } // namespace
 
-CFDataRef WritePropertyList(CFPropertyListRef plist, CFPropertyListFormat format, const char*& fault)
+CFDataRef CreatePropertyListData(CFPropertyListRef plist, CFPropertyListFormat format, const char*& fault)
 {
     Writer writer(format);
     const PropertyListTree tree = writer.tree(plist);
-    fault = writer.fault();
-    if (!tree)
+    if (!tree) {
+        fault = writer.fault();
         return nullptr;
+    }
     const PointLocale locale;
     char* bytes = nullptr;
     uint32_t size = 0;

@@ -21,7 +21,8 @@ std::string_view Trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(kWhitespace) - first + 1);
 }
 
-/// Whether libplist reads the text as the number that it shows. It would take a leading zero for octal, so those are refused.
+/// Whether libplist reads the text as the number that it shows. It would take a leading zero for octal, so
+/// those are refused.
 bool IsInteger(std::string_view text, bool& isWide)
 {
     const bool isNegative = text.starts_with('-');
@@ -139,8 +140,8 @@ public:
         if (fText.find('\0') != std::string_view::npos)
             fFault = "The XML property list has a null character."; // which would cut texts short
         else if (skipProlog() && readRoot())
-            return { nullptr, fText.substr(0, fPosition), fHasWideIntegers };
-        return { fFault, {}, false };
+            return { nullptr, fText.substr(0, fPosition), fHasWideIntegers, fHasWideDates };
+        return { fFault, {}, false, false };
     }
 
 private:
@@ -161,7 +162,10 @@ private:
         return true;
     }
 
-    void skipWhitespace() { fPosition = std::min(fText.find_first_not_of(kWhitespace, fPosition), fText.size()); }
+    void skipWhitespace()
+    {
+        fPosition = std::min(fText.find_first_not_of(kWhitespace, fPosition), fText.size());
+    }
 
     bool skipWhitespaceAndComments()
     {
@@ -231,7 +235,8 @@ private:
         Tag tag {};
         if (!readTag(tag))
             return false;
-        return (tag.isClosing && tag.name == name) || fail("The XML property list has tags that do not match.");
+        return (tag.isClosing && tag.name == name)
+            || fail("The XML property list has tags that do not match.");
     }
 
     bool readRoot()
@@ -243,8 +248,8 @@ private:
             return readElement(tag, 0);
         if (tag.isClosing || tag.isEmpty)
             return fail("The XML property list is empty.");
-        return skipWhitespaceAndComments() && readTag(tag) && readElement(tag, 0) && skipWhitespaceAndComments()
-            && readClosingTag("plist");
+        return skipWhitespaceAndComments() && readTag(tag) && readElement(tag, 0)
+            && skipWhitespaceAndComments() && readClosingTag("plist");
     }
 
     bool readElement(const Tag& tag, unsigned depth)
@@ -335,8 +340,11 @@ private:
         }
         if (name == "real")
             return IsReal(value) || fail("The XML property list has a malformed real number.");
-        if (name == "date")
+        if (name == "date") {
+            // The years that 32-bit seconds around 2001 reach, but for the two that they reach in part.
+            fHasWideDates = fHasWideDates || value < "1933" || value >= "2069";
             return IsDate(value) || fail("The XML property list has a malformed date.");
+        }
         if (name == "data")
             return IsBase64(value) || fail("The XML property list has malformed data.");
         return fail("The XML property list has an unknown element.");
@@ -346,11 +354,9 @@ private:
     size_t fPosition = 0;
     const char* fFault = "The property list is empty.";
     bool fHasWideIntegers = false;
+    bool fHasWideDates = false;
 };
 
 } // namespace
 
-PropertyListCheck CheckXMLPropertyList(std::string_view text)
-{
-    return XMLChecker(text).check();
-}
+PropertyListCheck CheckXMLPropertyList(std::string_view text) { return XMLChecker(text).check(); }

@@ -66,7 +66,10 @@ public:
 
 private:
     bool atEnd() const { return fPosition >= fText.size(); }
-    bool at(std::u16string_view token) const { return std::u16string_view(fText).substr(fPosition).starts_with(token); }
+    bool at(std::u16string_view token) const
+    {
+        return std::u16string_view(fText).substr(fPosition).starts_with(token);
+    }
 
     bool take(char16_t c)
     {
@@ -224,13 +227,14 @@ void AddStringPair(const void* key, const void* value, void* table)
         CFDictionarySetValue(static_cast<CFMutableDictionaryRef>(table), key, value);
 }
 
-/// @return whether the bytes are a property list that is a dictionary; its pairs of strings are then in the table.
+/// @return whether the bytes are a property list that is a dictionary; its pairs of strings are then in the
+/// table.
 bool AddPropertyList(std::span<const uint8_t> bytes, CFMutableDictionaryRef table)
 {
     const cf::Owned<CFDataRef> data(CFDataCreateWithBytesNoCopy(
         kCFAllocatorDefault, bytes.data(), static_cast<CFIndex>(bytes.size()), kCFAllocatorNull));
-    const cf::Owned<CFPropertyListRef> plist(
-        CFPropertyListCreateWithData(kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
+    const cf::Owned<CFPropertyListRef> plist(CFPropertyListCreateWithData(
+        kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
     if (!plist || CFGetTypeID(plist.get()) != CFDictionaryGetTypeID())
         return false;
     CFDictionaryApplyFunction(static_cast<CFDictionaryRef>(plist.get()), AddStringPair, table);
@@ -243,7 +247,8 @@ CFDictionaryRef CreateStringsTable(std::span<const uint8_t> bytes)
 {
     CFMutableDictionaryRef table = CFDictionaryCreateMutable(
         kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
-    // A property list in text form, "<" or "bplist00" first, is no table in the other form, so the order decides nothing.
+    // A property list in text form, "<" or "bplist00" first, is no table in the other form, so the order
+    // decides nothing.
     if (!AddPropertyList(bytes, table))
         Parser(Decoded(bytes), table).parse();
     return table;

@@ -55,6 +55,8 @@ std::optional<std::string_view> TakeAfter(
 /// component for stays; above the root there is nothing.
 std::string WithoutDots(std::string_view path)
 {
+    if (path.empty())
+        return {};
     const bool isRooted = path.starts_with('/');
     path.remove_prefix(isRooted ? 1 : 0);
     std::vector<std::string_view> kept;

@@ -51,8 +51,8 @@ try {
     auto storage = std::make_unique<OpaqueAEDataStorageType>();
     if (dataSize > 0)
         storage->bytes.assign(first, first + dataSize);
-    auto handle = std::make_unique<AEDataStorageType>(storage.get());
-    storage.release();
+    auto handle = std::make_unique<AEDataStorageType>(nullptr);
+    *handle = storage.release();
     *result = { typeCode, handle.release() };
     return noErr;
 } catch (const std::exception&) { // a size beyond any memory is a length_error

@@ -81,7 +81,7 @@ OSStatus RecordRestartRequest()
     const Object request = RestartRequest();
     if (!request)
         return memFullErr;
-    const auto data = static_cast<CFDataRef>(request.get());
+    const auto* const data = static_cast<CFDataRef>(request.get());
     return StatusOf(
         WriteFileAtomically(path, CFDataGetBytePtr(data), static_cast<size_t>(CFDataGetLength(data))));
 }

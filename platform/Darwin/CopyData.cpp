@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr size_t kBufferSize = 256 * 1024;
+constexpr size_t kBufferSize = 256UL * 1024;
 constexpr off_t kRangeSize = 1 << 30; // below what one call may carry, and a multiple of any block
 constexpr off_t kUntilEnd = std::numeric_limits<off_t>::max();
 
@@ -50,7 +50,7 @@ int ReadAndWrite(CopyJob& job, int from, int to, off_t size)
 {
     job.buffer.resize(kBufferSize);
     while (size > 0) {
-        const size_t wanted = static_cast<size_t>(std::min<off_t>(size, kBufferSize));
+        const auto wanted = static_cast<size_t>(std::min<off_t>(size, kBufferSize));
         const ssize_t got = read(from, job.buffer.data(), wanted);
         if (got < 0 && errno == EINTR)
             continue;
@@ -68,7 +68,7 @@ int ReadAndWrite(CopyJob& job, int from, int to, off_t size)
 int CopyRange(CopyJob& job, int from, int to, off_t size)
 {
     while (job.canCopyRange && size > 0) {
-        const size_t wanted = static_cast<size_t>(std::min(size, kRangeSize));
+        const auto wanted = static_cast<size_t>(std::min(size, kRangeSize));
         const ssize_t got = copy_file_range(from, nullptr, to, nullptr, wanted, 0);
         if (got < 0 && errno == EINTR)
             continue;

@@ -15,7 +15,7 @@
 namespace {
 
 constexpr size_t kOpenLevels = 32;
-constexpr size_t kEntriesSize = 64 * 1024;
+constexpr size_t kEntriesSize = 64UL * 1024;
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
 /// A folder on the way from the top to where the copying is.

@@ -16,7 +16,7 @@
 namespace {
 
 constexpr const char* kSystemVersion = "/System/Library/CoreServices/SystemVersion.plist";
-constexpr size_t kLongestPropertyList = 64 * 1024; // the file is a few hundred bytes
+constexpr size_t kLongestPropertyList = 64UL * 1024; // the file is a few hundred bytes
 
 struct PlistFree {
     void operator()(void* plist) const { plist_free(plist); }

@@ -130,10 +130,7 @@ std::string HostPath(const std::string& macPath)
     return macPath;
 }
 
-std::string HostRestartRequestPath()
-{
-    return HostStartupVolume() + "/private/var/db/RestartRequest.plist";
-}
+std::string HostRestartRequestPath() { return HostStartupVolume() + "/private/var/db/RestartRequest.plist"; }
 
 void HostEnterHome()
 {

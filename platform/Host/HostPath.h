@@ -33,6 +33,6 @@ std::string HostHomeFolder();
 /// host knows already. Call once at the start of main, before other threads exist. On a Mac it does nothing.
 void HostEnterHome();
 
-/// The file in which a restart of a start-up volume that is only a folder is recorded, since such a volume cannot be
-/// restarted; it exists while a restart is wanted. On a Mac "", since restarts really happen there.
+/// The file in which a restart of a start-up volume that is only a folder is recorded, since such a volume
+/// cannot be restarted; it exists while a restart is wanted. On a Mac "", since restarts really happen there.
 std::string HostRestartRequestPath();

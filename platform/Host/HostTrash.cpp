@@ -29,14 +29,15 @@ bool MakeFolders(const std::string& path, mode_t mode)
     if (mkdir(path.c_str(), mode) == 0 || errno == EEXIST)
         return true;
     const size_t slash = path.rfind('/');
-    return errno == ENOENT && slash != 0 && slash != std::string::npos && MakeFolders(path.substr(0, slash), 0755)
-        && mkdir(path.c_str(), mode) == 0;
+    return errno == ENOENT && slash != 0 && slash != std::string::npos
+        && MakeFolders(path.substr(0, slash), 0755) && mkdir(path.c_str(), mode) == 0;
 }
 
 bool TakesEntries(const std::string& folder)
 {
-    struct stat info {};
-    return stat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode) && access(folder.c_str(), W_OK | X_OK) == 0;
+    struct stat info { };
+    return stat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode)
+        && access(folder.c_str(), W_OK | X_OK) == 0;
 }
 
 }

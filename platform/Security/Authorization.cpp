@@ -41,7 +41,7 @@ public:
     AuthorizationRef add(const std::shared_ptr<Session>& session)
     {
         const std::lock_guard lock(fMutex);
-        const auto ref = std::bit_cast<AuthorizationRef>(fNext);
+        const auto* const ref = std::bit_cast<AuthorizationRef>(fNext);
         fSessions.emplace(ref, session);
         ++fNext;
         return ref;
@@ -58,7 +58,7 @@ public:
     bool holds(const Session& session, const std::string& right)
     {
         const std::lock_guard lock(fMutex);
-        return session.rights.count(right) > 0;
+        return session.rights.contains(right);
     }
 
     void grant(Session& session, const std::vector<std::string>& rights)

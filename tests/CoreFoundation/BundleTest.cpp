@@ -114,7 +114,7 @@ TEST_F(BundleTest, AnUnusableInformationFileCountsAsEmpty)
         const Held<CFBundleRef> bundle = open(name);
         ASSERT_TRUE(bundle) << name;
         EXPECT_FALSE(CFBundleGetIdentifier(bundle.get())) << name;
-        EXPECT_FALSE(CFBundleCopyExecutableURL(bundle.get())) << name;
+        EXPECT_FALSE(Hold(CFBundleCopyExecutableURL(bundle.get()))) << name;
         EXPECT_EQ(localized(bundle.get(), "key"), "(none)");
     }
     EXPECT_EQ(CFDictionaryGetCount(CFBundleGetInfoDictionary(open("Truncated.app").get())), 0);
@@ -229,14 +229,14 @@ TEST_F(BundleTest, ListsItsLocalizations)
     folder.write("App.app/Contents/Info.plist",
         InfoText(
             "<key>CFBundleLocalizations</key><array><string>ja</string><string>de</string><true/></array>"));
-    EXPECT_EQ(TakenList(CFBundleCopyBundleLocalizations(open("App.app").get())), "de,fr,ja,");
+    EXPECT_EQ(List(Hold(CFBundleCopyBundleLocalizations(open("App.app").get()))), "de,fr,ja,");
     const Environment french("LANG", "fr_FR");
     const Held<CFMutableArrayRef> names = Array();
     for (const char* name : { "en", "de", "fr" })
         CFArrayAppendValue(names.get(), Text(name).get());
-    EXPECT_EQ(TakenList(CFBundleCopyPreferredLocalizationsFromArray(names.get())), "fr,");
+    EXPECT_EQ(List(Hold(CFBundleCopyPreferredLocalizationsFromArray(names.get()))), "fr,");
     const Environment japanese("LC_ALL", "ja_JP");
-    EXPECT_EQ(TakenList(CFBundleCopyPreferredLocalizationsFromArray(names.get())), "en,");
+    EXPECT_EQ(List(Hold(CFBundleCopyPreferredLocalizationsFromArray(names.get()))), "en,");
 }
 
 TEST_F(BundleTest, AMissingTextShowsTheValueOrTheKey)

@@ -1,9 +1,9 @@
 #include "StoreTesting.h"
 
+#include <array>
 #include <atomic>
 #include <functional>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -154,9 +154,9 @@ TEST_P(CenterTest, ManyThreadsMayUseItAtOnce)
     };
     CFNotificationCenterAddObserver(
         center, &heard, hear, CFSTR("x"), nullptr, CFNotificationSuspensionBehaviorDrop);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back(work);
+    std::array<std::thread, 4> threads;
+    for (std::thread& thread : threads)
+        thread = std::thread(work);
     for (std::thread& thread : threads)
         thread.join();
     CFNotificationCenterRemoveEveryObserver(center, &heard);

@@ -35,7 +35,7 @@ protected:
         return isValid ? value : -1;
     }
 
-    std::string file(const std::string& domain = "org.example.App") const
+    static std::string file(const std::string& domain = "org.example.App")
     {
         return kFolder + domain + ".plist";
     }
@@ -113,11 +113,11 @@ TEST_F(PreferencesTest, DamagedFilesAreMovedAsideBeforeTheNextWrite)
 {
     const std::vector<std::string> damaged
         = { "garbage", "", "<plist><array/></plist>", "bplist00", "<plist><dict>" };
-    for (size_t i = 0; i < damaged.size(); ++i) {
-        home.write(file(), damaged[i]);
+    for (const std::string& bytes : damaged) {
+        home.write(file(), bytes);
         EXPECT_TRUE(synchronize());
         EXPECT_EQ(number("a"), -1);
-        EXPECT_EQ(home.read(file()), damaged[i]);
+        EXPECT_EQ(home.read(file()), bytes);
         set("a", Integer(1).get());
         EXPECT_TRUE(synchronize());
         EXPECT_EQ(storedCount(), 1);
@@ -236,8 +236,8 @@ TEST_F(PreferencesTest, OnlyTheCurrentUserOnAnyHostIsKept)
             { CFSTR("root"), kCFPreferencesAnyHost } } };
     for (const auto& [user, host] : others) {
         CFPreferencesSetValue(CFSTR("a"), kCFBooleanTrue, CFSTR("org.example.App"), user, host);
-        EXPECT_FALSE(CFPreferencesCopyValue(CFSTR("a"), CFSTR("org.example.App"), user, host));
-        EXPECT_FALSE(CFPreferencesCopyKeyList(CFSTR("org.example.App"), user, host));
+        EXPECT_FALSE(Hold(CFPreferencesCopyValue(CFSTR("a"), CFSTR("org.example.App"), user, host)));
+        EXPECT_FALSE(Hold(CFPreferencesCopyKeyList(CFSTR("org.example.App"), user, host)));
         EXPECT_FALSE(CFPreferencesSynchronize(CFSTR("org.example.App"), user, host));
     }
 }

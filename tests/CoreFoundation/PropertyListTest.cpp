@@ -239,7 +239,7 @@ TEST(PropertyListTest, WhatIsNoPropertyListIsRefused)
         std::initializer_list<CFTypeRef> { kCFNull, array.get(), dictionary.get(), nullptr }) {
         for (const CFPropertyListFormat format : kFormats)
             ExpectUnwritable(wrong, format);
-        EXPECT_FALSE(CFPropertyListCreateDeepCopy(nullptr, wrong, kCFPropertyListImmutable));
+        EXPECT_FALSE(Hold(CFPropertyListCreateDeepCopy(nullptr, wrong, kCFPropertyListImmutable)));
     }
     ExpectUnwritable(kCFBooleanTrue, kCFPropertyListOpenStepFormat);
 }
@@ -298,7 +298,7 @@ TEST(PropertyListTest, DeepNestingIsRefusedAndNeverOverflowsTheStack)
         ExpectUnwritable(NestedArrays(513).get(), format);
     }
     EXPECT_TRUE(Held<CFPropertyListRef>(CFPropertyListCreateDeepCopy(nullptr, NestedArrays(512).get(), 0)));
-    EXPECT_FALSE(CFPropertyListCreateDeepCopy(nullptr, NestedArrays(513).get(), 0));
+    EXPECT_FALSE(Hold(CFPropertyListCreateDeepCopy(nullptr, NestedArrays(513).get(), 0)));
 }
 
 TEST(PropertyListTest, ContainersThatHoldThemselvesAreRefused)
@@ -310,7 +310,7 @@ TEST(PropertyListTest, ContainersThatHoldThemselvesAreRefused)
     CFArrayAppendValue(array.get(), array.get());
     for (const CFPropertyListFormat format : kFormats)
         ExpectUnwritable(array.get(), format);
-    EXPECT_FALSE(CFPropertyListCreateDeepCopy(nullptr, array.get(), kCFPropertyListImmutable));
+    EXPECT_FALSE(Hold(CFPropertyListCreateDeepCopy(nullptr, array.get(), kCFPropertyListImmutable)));
     CFArrayRemoveAllValues(array.get());
 }
 

@@ -79,13 +79,14 @@ inline Held<CFDataRef> Data(std::string_view bytes)
 
 inline std::string Bytes(CFDataRef data)
 {
-    return { reinterpret_cast<const char*>(CFDataGetBytePtr(data)), static_cast<size_t>(CFDataGetLength(data)) };
+    return { reinterpret_cast<const char*>(CFDataGetBytePtr(data)),
+        static_cast<size_t>(CFDataGetLength(data)) };
 }
 
 inline Held<CFMutableDictionaryRef> Dictionary()
 {
-    return Held<CFMutableDictionaryRef>(
-        CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    return Held<CFMutableDictionaryRef>(CFDictionaryCreateMutable(
+        nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
 }
 
 inline Held<CFMutableArrayRef> Array()
@@ -103,12 +104,11 @@ inline std::string TakenPath(CFURLRef url)
     return url ? Taken(CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle)) : "(null)";
 }
 
-/// @return the strings of the array, which is released, with a comma after each.
-inline std::string TakenList(CFArrayRef array)
+/// @return the strings of the array with a comma after each.
+inline std::string List(const Held<CFArrayRef>& array)
 {
-    const Held<CFArrayRef> owned = Hold(array);
     std::string result;
-    for (CFIndex i = 0; i < CFArrayGetCount(array); ++i)
-        result += Show(static_cast<CFStringRef>(CFArrayGetValueAtIndex(array, i))) + ',';
+    for (CFIndex i = 0; i < CFArrayGetCount(array.get()); ++i)
+        result += Show(static_cast<CFStringRef>(CFArrayGetValueAtIndex(array.get(), i))) + ',';
     return result;
 }

@@ -157,7 +157,10 @@ TEST(Data, ReplacesBytesAtBothEndsAndWithBytesOfItsOwn)
     EXPECT_THAT(Bytes(data.get()), ElementsAre(9, 8, 7, 9));
     CFDataAppendBytes(data.get(), CFDataGetBytePtr(data.get()), 4);
     EXPECT_THAT(Bytes(data.get()), ElementsAre(9, 8, 7, 9, 9, 8, 7, 9));
-    CFDataDeleteBytes(data.get(), CFRangeMake(0, 8));
+    for (CFIndex length = 8; length < 1000; length *= 2) // sooner or later the bytes must move to grow
+        CFDataAppendBytes(data.get(), CFDataGetBytePtr(data.get()), length);
+    EXPECT_EQ(CFDataGetBytePtr(data.get())[1023], 9);
+    CFDataDeleteBytes(data.get(), CFRangeMake(0, 1024));
     EXPECT_EQ(CFDataGetLength(data.get()), 0);
 }
 

@@ -36,6 +36,7 @@ protected:
     OSStatus start(const std::string& path, std::vector<std::string> arguments, FILE** stream = nullptr) const
     {
         std::vector<char*> list;
+        list.reserve(arguments.size() + 1);
         for (std::string& argument : arguments)
             list.push_back(argument.data());
         list.push_back(nullptr);

@@ -119,7 +119,9 @@ TEST_F(HostPathTest, FixedHomeIsEnteredWithItsTrash)
 {
     setenv("XDG_DATA_HOME", "/elsewhere", 1);
     unsetenv("CFFIXED_USER_HOME");
-    const std::string before = getenv("HOME");
+    const char* const home = getenv("HOME");
+    const std::string before = home != nullptr ? home : "/";
+    setenv("HOME", before.c_str(), 1);
     HostEnterHome();
     EXPECT_EQ(getenv("HOME"), before);
     EXPECT_STREQ(getenv("XDG_DATA_HOME"), "/elsewhere");

@@ -71,8 +71,8 @@ TEST_F(AppControllerTest, OnlyTheAgreementOfThisVersionNeedsNoLicenseWindow)
 {
     for (const char* other : { "<integer>0</integer>", "<integer>2</integer>", "<string>x</string>" }) {
         TestVolume::write(volume.preferencesFile(),
-            std::string("<plist version=\"1.0\"><dict><key>Last Displayed Version Of End User License</key>") + other
-                + "</dict></plist>");
+            std::string("<plist version=\"1.0\"><dict><key>Last Displayed Version Of End User License</key>")
+                + other + "</dict></plist>");
         frontEnd.events.clear();
         started();
         EXPECT_THAT(frontEnd.events, ElementsAre("license")) << other;
@@ -100,7 +100,8 @@ TEST_F(AppControllerTest, WindowsClosedWithoutAnAnswer)
     controller.licenseAcceptedByUser(true);
     controller.goToNextState();
     controller.goToNextState();
-    EXPECT_THAT(frontEnd.events, ElementsAre("license", "license", "install window")) << "the machine goes on waiting";
+    EXPECT_THAT(frontEnd.events, ElementsAre("license", "license", "install window"))
+        << "the machine goes on waiting";
     controller.prepareToQuit();
     controller.goToNextState();
     EXPECT_EQ(frontEnd.events.back(), "terminate");
@@ -114,7 +115,8 @@ TEST_F(AppControllerTest, AnOlderAgentIsUpdatedAndTheDriverWithIt)
     pressInstall(controller);
     EXPECT_THAT(frontEnd.events, ElementsAre("install window", "alert 3", "restart", "terminate"));
     EXPECT_THAT(frontEnd.states, ElementsAre(1, 3, 5, 7, 9, 12, 14));
-    EXPECT_TRUE(Eventually([this] { return volume.calls().find("install\ndrivername") != std::string::npos; }));
+    EXPECT_TRUE(
+        Eventually([this] { return volume.calls().find("install\ndrivername") != std::string::npos; }));
 }
 
 TEST_F(AppControllerTest, ACurrentDriverIsLeftAloneAndNeedsNoRestart)
@@ -133,7 +135,8 @@ TEST_F(AppControllerTest, ACurrentAgentOffersTheDriverAlone)
         std::vector<std::string> events;
         uint32_t operation;
     } cases[] = {
-        { "", 1, { "install window", "alert 7", "alert 1", "restart", "terminate" }, AppController::kInstallDriver },
+        { "", 1, { "install window", "alert 7", "alert 1", "restart", "terminate" },
+            AppController::kInstallDriver },
         { "", 2, { "install window", "alert 7" }, AppController::kNothingToDo },
         { "", 0, { "install window", "alert 7" }, AppController::kNothingToDo },
         { "1.1", 1, { "install window", "alert 8", "alert 3", "restart", "terminate" },

@@ -30,7 +30,8 @@ protected:
     void setSystem(const std::string& version, const std::string& style) const
     {
         TestVolume::write(volume.root() / "System/Library/CoreServices/SystemVersion.plist",
-            "<plist version=\"1.0\"><dict><key>ProductVersion</key><string>" + version + "</string></dict></plist>");
+            "<plist version=\"1.0\"><dict><key>ProductVersion</key><string>" + version
+                + "</string></dict></plist>");
         TestVolume::write(volume.home() / "Library/Preferences/.GlobalPreferences.plist",
             "<plist version=\"1.0\"><dict><key>AppleInterfaceStyle</key><string>" + style
                 + "</string></dict></plist>");

@@ -1,11 +1,7 @@
-#include "settings/NumVersion.h"
-#include "tests/support/TestVolume.h"
-#include "util/Launch.h"
+#include "tests/support/Installer.h"
 
 #include <Host/HostPath.h>
-#include <array>
 #include <csignal>
-#include <cstdio>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -16,51 +12,25 @@ namespace fs = std::filesystem;
 namespace {
 
 using ::testing::HasSubstr;
-using ::testing::Not;
 
 constexpr const char* kLicenseKey = "Last Displayed Version Of End User License";
 
-/// Runs the installer that was built, with its real agent, driver, privileged tool and launchctl, on a volume of its own.
 class UnattendedTest : public ::testing::Test {
 protected:
-    UnattendedTest()
-    {
-        fs::copy(INSTALLER_BUNDLE, bundle, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
-        unsetenv("CFProcessPath");
-    }
     ~UnattendedTest() override
     {
         // Whatever a test left loaded must not outlive it.
         if (fs::exists(volume.launchAgent()))
-            OutputOfProgram(HostPath("/bin/launchctl"), { "unload", volume.launchAgent().string() });
+            Installer::launchctl("unload", volume);
         else
             run("--unattended uninstall");
     }
 
-    /// @return the exit status; what it printed is in `output`, with its errors unless they are sent elsewhere.
-    int run(const std::string& arguments, const std::string& errors = "&1")
-    {
-        output.clear();
-        const std::string command
-            = "'" + (bundle / "Contents/MacOS/zek-velmora-installer").string() + "' " + arguments + " 2>" + errors;
-        FILE* const pipe = popen(command.c_str(), "r");
-        std::array<char, 4096> buffer;
-        while (const size_t count = fread(buffer.data(), 1, buffer.size(), pipe))
-            output.append(buffer.data(), count);
-        return WEXITSTATUS(pclose(pipe));
-    }
-
-    /// The process of the loaded agent; 0 when there is none.
-    static pid_t agentProcess()
-    {
-        const auto listing = OutputOfProgram(HostPath("/bin/launchctl"), { "list", "com.zek.Velmora" });
-        const size_t at = listing ? listing->find("\"PID\" = ") : std::string::npos;
-        return at == std::string::npos ? 0 : std::atoi(listing->c_str() + at + 8);
-    }
+    int run(const std::string& arguments) { return installer.run(arguments); }
 
     TestVolume volume;
-    const fs::path bundle = volume.root().parent_path() / "ZEK Velmora Installer.app";
-    std::string output;
+    Installer installer { volume };
+    std::string& output = installer.output;
 };
 
 }
@@ -73,12 +43,12 @@ TEST_F(UnattendedTest, InstallsUpdatesAndRemovesForReal)
     EXPECT_TRUE(fs::exists(volume.extensions() / "ZEKDockChargingSupport.kext/Contents/Info.plist"));
     EXPECT_TRUE(fs::exists(HostRestartRequestPath()));
     EXPECT_EQ(volume.preferences()[kLicenseKey], "1");
-    const pid_t agent = agentProcess();
+    const pid_t agent = Installer::agentProcess();
     ASSERT_GT(agent, 0);
     EXPECT_EQ(kill(agent, 0), 0) << "the agent runs";
 
     EXPECT_EQ(run("--unattended install"), 6) << "accepted before, and current: " << output;
-    EXPECT_EQ(agentProcess(), agent) << "a running agent is left alone";
+    EXPECT_EQ(Installer::agentProcess(), agent) << "a running agent is left alone";
 
     // An older agent with settings of its own.
     TestVolume::writeBundle(volume.agent(), "1.0", "1.0");
@@ -87,10 +57,10 @@ TEST_F(UnattendedTest, InstallsUpdatesAndRemovesForReal)
     EXPECT_THAT(output, HasSubstr("Updating the agent."));
     EXPECT_TRUE(fs::exists(volume.extensions() / "ZEKDockChargingSupport.kext"));
     EXPECT_EQ(volume.preferences()[kLicenseKey], "1") << "an update keeps the settings";
-    EXPECT_NE(agentProcess(), agent) << "the new agent runs";
+    EXPECT_NE(Installer::agentProcess(), agent) << "the new agent runs";
 
     EXPECT_EQ(run("--unattended uninstall"), 3) << output;
-    EXPECT_EQ(agentProcess(), 0);
+    EXPECT_EQ(Installer::agentProcess(), 0);
     EXPECT_FALSE(fs::exists(volume.support()));
     EXPECT_FALSE(fs::exists(volume.launchAgent()));
     EXPECT_TRUE(fs::is_empty(volume.extensions()));
@@ -118,7 +88,7 @@ TEST_F(UnattendedTest, UsageDataIsSentOnlyWhereNobodyEverRefused)
     EXPECT_EQ(run("--unattended install --accept-license --no-usage-data"), 3) << output;
     EXPECT_EQ(volume.preferences()["Collect Usage Info"], "false");
     // What an update leaves that was interrupted after the old agent had gone.
-    EXPECT_EQ(OutputOfProgram(HostPath("/bin/launchctl"), { "unload", volume.launchAgent().string() }), "");
+    EXPECT_EQ(Installer::launchctl("unload", volume), "");
     fs::remove_all(volume.support());
     EXPECT_EQ(run("--unattended install"), 0) << "the driver is current: " << output;
     EXPECT_EQ(volume.preferences()["Collect Usage Info"], "false");
@@ -137,13 +107,13 @@ TEST_F(UnattendedTest, TheDriverAloneIsInstalledOnRequest)
 TEST_F(UnattendedTest, WhatAnInterruptedInstallationLeftIsRepaired)
 {
     ASSERT_EQ(run("--unattended install --accept-license"), 3) << output;
-    ASSERT_EQ(OutputOfProgram(HostPath("/bin/launchctl"), { "unload", volume.launchAgent().string() }), "");
+    ASSERT_EQ(Installer::launchctl("unload", volume), "");
     EXPECT_EQ(run("--unattended install"), 0) << "copied and registered, but not loaded: " << output;
-    EXPECT_GT(agentProcess(), 0);
+    EXPECT_GT(Installer::agentProcess(), 0);
 
     TestVolume::write(volume.launchAgent(), "<plist version=\"1.0\"><dict><key>Label</key>");
     EXPECT_EQ(run("--unattended install"), 0) << "half a property list: " << output;
-    EXPECT_GT(agentProcess(), 0);
+    EXPECT_GT(Installer::agentProcess(), 0);
     EXPECT_THAT(TestVolume::read(volume.launchAgent()), HasSubstr("</plist>"));
 }
 
@@ -153,7 +123,7 @@ TEST_F(UnattendedTest, WhatAnInterruptedRemovalLeftIsRemoved)
     fs::remove_all(volume.agent());
     EXPECT_EQ(run("--unattended uninstall"), 3) << output;
     EXPECT_FALSE(fs::exists(volume.launchAgent()));
-    EXPECT_EQ(agentProcess(), 0);
+    EXPECT_EQ(Installer::agentProcess(), 0);
 }
 
 TEST_F(UnattendedTest, FailuresAreReportedAsSuch)
@@ -178,7 +148,7 @@ TEST_F(UnattendedTest, FailuresAreReportedAsSuch)
         int status = 0;
         waitpid(child, &status, 0);
         EXPECT_EQ(WEXITSTATUS(status), 5);
-        const pid_t agent = agentProcess();
+        const pid_t agent = Installer::agentProcess();
         EXPECT_EQ(agent, 0) << "the stranger's agent is not root's";
         const pid_t cleaner = fork();
         if (cleaner == 0) {
@@ -194,20 +164,21 @@ TEST_F(UnattendedTest, FailuresAreReportedAsSuch)
 TEST_F(UnattendedTest, AResultThatIsNotOnTheDiskIsNotSuccess)
 {
     // The tool can be started, which is all that the installer is told, but it does nothing.
-    fs::copy_file("/bin/true", bundle / "Contents/Resources/driverinstall", fs::copy_options::overwrite_existing);
-    EXPECT_EQ(run("--unattended install --accept-license"), 7) << output;
+    fs::copy_file("/bin/true", installer.bundle() / "Contents/Resources/driverinstall",
+        fs::copy_options::overwrite_existing);
+    EXPECT_EQ(run("--unattended install --accept-license --wait 1"), 7) << output;
 }
 
 TEST_F(UnattendedTest, StatusAndJSONTellWhatIsThere)
 {
     EXPECT_EQ(run("--status --json"), 0);
     EXPECT_THAT(output, HasSubstr("\"installedVersion\": \"\""));
-    EXPECT_EQ(run("--unattended install --accept-license --json", "/dev/null"), 3);
+    EXPECT_EQ(installer.run("--unattended install --accept-license --json", "/dev/null"), 3);
     EXPECT_EQ(output.front(), '{');
     EXPECT_THAT(output, HasSubstr("\"result\": \"restart-needed\""));
     EXPECT_EQ(run("--status"), 0);
     EXPECT_THAT(output, HasSubstr(volume.agent().string()));
-    EXPECT_THAT(output, HasSubstr("process " + std::to_string(agentProcess())));
+    EXPECT_THAT(output, HasSubstr("process " + std::to_string(Installer::agentProcess())));
     EXPECT_EQ(run("--unattended fly"), 2);
     EXPECT_THAT(output, HasSubstr("usage:"));
 }

@@ -133,9 +133,13 @@ TEST_F(InterruptionTest, AFailedCallLeavesTheOldOrTheNewExtensionWhole)
 
 TEST_F(InterruptionTest, AFullDiskKeepsTheOldExtensionAndGivesTheSpaceBackAtOnce)
 {
+    const std::vector<Moment> all = moments(installArguments(), {}, 1000);
+    const auto copying
+        = std::find_if(all.begin(), all.end(), [](const Moment& m) { return m.call == "write"; });
+    ASSERT_NE(copying, all.end());
     reset();
-    const Ended ended = run(installArguments(), tracer({ "write:error=ENOSPC" }));
-    EXPECT_EQ(ended.status, 74);
+    const std::string fromThenOn = "write:error=ENOSPC:when=" + std::to_string(copying->ordinal) + "+";
+    EXPECT_EQ(run(installArguments(), tracer({ fromThenOn })).status, 74);
     EXPECT_EQ(snapshot(installed), whole("1"));
     EXPECT_EQ(entries(), Arguments { name });
 }

@@ -29,7 +29,10 @@ protected:
         Eventually([&] { return volume.calls().size() >= expected.size(); });
         return volume.calls();
     }
-    std::string call(const std::string& verb) const { return verb + "\n" + volume.launchAgent().string() + "\n\n"; }
+    std::string call(const std::string& verb) const
+    {
+        return verb + "\n" + volume.launchAgent().string() + "\n\n";
+    }
 
     TestVolume volume;
     RecordingFrontEnd frontEnd;
@@ -72,7 +75,7 @@ TEST_F(AgentInstallerTest, InstallCopiesTheAgentWritesItsLaunchAgentAndLoadsIt)
     EXPECT_EQ(agent.agentVersion(), 0x02108000U);
     EXPECT_EQ(fs::read_symlink(volume.agent() / "inside"), "Contents/Info.plist");
     EXPECT_EQ(fs::read_symlink(volume.agent() / "dangling"), "nowhere");
-    struct stat program {};
+    struct stat program { };
     ASSERT_EQ(stat((volume.agent() / "Contents/MacOS/ZEK Velmora").c_str(), &program), 0);
     EXPECT_EQ(program.st_mode & 0777, 0755U);
 
@@ -83,7 +86,8 @@ TEST_F(AgentInstallerTest, InstallCopiesTheAgentWritesItsLaunchAgentAndLoadsIt)
     std::erase_if(entries, [](char c) { return c == '\n' || c == '\t'; });
     EXPECT_EQ(entries,
         "<dict><key>Disabled</key><false/><key>KeepAlive</key><true/><key>Label</key>"
-        "<string>com.zek.Velmora</string><key>LimitLoadToSessionType</key><array><string>Aqua</string></array>"
+        "<string>com.zek.Velmora</string><key>LimitLoadToSessionType</key><array><string>Aqua</string></"
+        "array>"
         "<key>Program</key><string>"
             + path + "</string><key>ProgramArguments</key><array><string>" + path
             + "</string></array></dict></plist>");

@@ -22,7 +22,8 @@ protected:
         return volume.calls();
     }
 
-    /// Runs `body` in a process of an ordinary user who does not own the start-up volume. @return what it answered.
+    /// Runs `body` in a process of an ordinary user who does not own the start-up volume. @return what it
+    /// answered.
     static int asStranger(const std::function<int()>& body)
     {
         const pid_t child = fork();

@@ -21,10 +21,13 @@ protected:
     }
     std::string installCall() const
     {
-        return "install\ndrivername\nZEKDockChargingSupport.kext\nsourcedirectory\n" + volume.resources().string()
-            + "\n\n";
+        return "install\ndrivername\nZEKDockChargingSupport.kext\nsourcedirectory\n"
+            + volume.resources().string() + "\n\n";
     }
-    static std::string uninstallCall(const std::string& name) { return "uninstall\ndrivername\n" + name + "\n\n"; }
+    static std::string uninstallCall(const std::string& name)
+    {
+        return "uninstall\ndrivername\n" + name + "\n\n";
+    }
 
     /// Makes the privileged tool one that cannot be started.
     void breakTool() { fs::permissions(volume.resources() / "driverinstall", fs::perms(0644)); }

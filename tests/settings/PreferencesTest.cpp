@@ -23,7 +23,8 @@ protected:
     /// Stores a domain made of these XML entries and reads it into a new store.
     Preferences& stored(const std::string& entries)
     {
-        TestVolume::write(volume.preferencesFile(), "<plist version=\"1.0\"><dict>" + entries + "</dict></plist>");
+        TestVolume::write(
+            volume.preferencesFile(), "<plist version=\"1.0\"><dict>" + entries + "</dict></plist>");
         return *Preferences::init();
     }
 
@@ -38,7 +39,8 @@ struct NotificationCounter {
     bool storedFirst = false;
     const TestVolume* volume = nullptr;
 
-    static void Notified(CFNotificationCenterRef, void* observer, CFStringRef, const void* object, CFDictionaryRef)
+    static void Notified(
+        CFNotificationCenterRef, void* observer, CFStringRef, const void* object, CFDictionaryRef)
     {
         auto* const self = static_cast<NotificationCounter*>(observer);
         ++self->count;
@@ -67,13 +69,14 @@ TEST_F(PreferencesTest, WithoutAStoredDomainTheDefaultsStand)
 
 TEST_F(PreferencesTest, StoredValuesAreReadWhateverTypeTheyHave)
 {
-    const Preferences& preferences = stored("<key>Agent Version</key><string>1.2b3</string>"
-                                            "<key>Launch At Login</key><integer>0</integer>"
-                                            "<key>Collect Usage Info</key><string>NO</string>"
-                                            "<key>Check For Updates</key><real>0.5</real>"
-                                            "<key>Last Check For Updates Timestamp</key><string>12.5</string>"
-                                            "<key>Last Displayed Version Of End User License</key><real>1.9</real>"
-                                            "<key>Update Later Timestamp</key><integer>77</integer>");
+    const Preferences& preferences
+        = stored("<key>Agent Version</key><string>1.2b3</string>"
+                 "<key>Launch At Login</key><integer>0</integer>"
+                 "<key>Collect Usage Info</key><string>NO</string>"
+                 "<key>Check For Updates</key><real>0.5</real>"
+                 "<key>Last Check For Updates Timestamp</key><string>12.5</string>"
+                 "<key>Last Displayed Version Of End User License</key><real>1.9</real>"
+                 "<key>Update Later Timestamp</key><integer>77</integer>");
     EXPECT_EQ(preferences.agentVersionAsNumVersionVariant(), 0x01206003U);
     EXPECT_TRUE(CFEqual(preferences.agentVersionAsString(), CFSTR("1.2b3")));
     EXPECT_FALSE(preferences.launchAtLogin());
@@ -86,21 +89,24 @@ TEST_F(PreferencesTest, StoredValuesAreReadWhateverTypeTheyHave)
 
 TEST_F(PreferencesTest, ValuesThatMeanNothingLeaveTheDefaults)
 {
-    for (const char* value : { "<data>AAAA</data>", "<array/>", "<dict/>", "<date>2020-01-01T00:00:00Z</date>" }) {
+    for (const char* value :
+        { "<data>AAAA</data>", "<array/>", "<dict/>", "<date>2020-01-01T00:00:00Z</date>" }) {
         std::string entries;
-        for (const char* key : { "Agent Version", "Launch At Login", "Collect Usage Info", "Check For Updates",
-                 "Last Check For Updates Timestamp", "Last Displayed Version Of End User License",
-                 "Update Later Timestamp" })
+        for (const char* key : { "Agent Version", "Launch At Login", "Collect Usage Info",
+                 "Check For Updates", "Last Check For Updates Timestamp",
+                 "Last Displayed Version Of End User License", "Update Later Timestamp" })
             entries += "<key>" + std::string(key) + "</key>" + value;
         const Preferences& preferences = stored(entries);
-        EXPECT_TRUE(preferences.launchAtLogin() && preferences.collectUsageInfo() && preferences.checkForUpdates());
+        EXPECT_TRUE(
+            preferences.launchAtLogin() && preferences.collectUsageInfo() && preferences.checkForUpdates());
         EXPECT_EQ(preferences.agentVersionAsNumVersionVariant(), 0U);
         EXPECT_NE(preferences.agentVersionAsString(), nullptr) << "kept as read";
         EXPECT_EQ(preferences.lastDisplayedVersionOfEndUserLicense(), 0U);
         EXPECT_EQ(secondsOf(preferences.lastCheckForUpdatesTimestamp()), 0);
         EXPECT_EQ(preferences.updateLaterTimestamp(), nullptr);
     }
-    EXPECT_EQ(stored("<key>Agent Version</key><string>1.2\xC3\xA9</string>").agentVersionAsNumVersionVariant(), 0U);
+    EXPECT_EQ(
+        stored("<key>Agent Version</key><string>1.2\xC3\xA9</string>").agentVersionAsNumVersionVariant(), 0U);
     EXPECT_EQ(stored("<key>Last Displayed Version Of End User License</key><real>1e300</real>")
                   .lastDisplayedVersionOfEndUserLicense(),
         0U);
@@ -151,8 +157,9 @@ TEST_F(PreferencesTest, ChangingUpdateChecksIsAnnouncedAfterTheWrite)
 {
     NotificationCounter counter;
     counter.volume = &volume;
-    CFNotificationCenterAddObserver(CFNotificationCenterGetLocalCenter(), &counter, NotificationCounter::Notified,
-        CFSTR("Check For Updates Setting Changed"), nullptr, CFNotificationSuspensionBehaviorDeliverImmediately);
+    CFNotificationCenterAddObserver(CFNotificationCenterGetLocalCenter(), &counter,
+        NotificationCounter::Notified, CFSTR("Check For Updates Setting Changed"), nullptr,
+        CFNotificationSuspensionBehaviorDeliverImmediately);
     Preferences& preferences = *Preferences::init();
     preferences.setCheckForUpdates(true);
     preferences.setLaunchAtLogin(false);
@@ -174,7 +181,8 @@ TEST_F(PreferencesTest, AgentVersionIsAnsweredOnlyAfterTheNextRead)
     EXPECT_EQ(preferences.agentVersionAsNumVersionVariant(), 0x03408000U);
     preferences.setAgentVersion(CFSTR("nonsense"));
     preferences.readUserPreferences();
-    EXPECT_EQ(preferences.agentVersionAsNumVersionVariant(), 0x03408000U) << "unreadable text leaves what was known";
+    EXPECT_EQ(preferences.agentVersionAsNumVersionVariant(), 0x03408000U)
+        << "unreadable text leaves what was known";
 }
 
 TEST_F(PreferencesTest, CachedWritesReachTheDiskOnceAndTogether)
@@ -202,7 +210,8 @@ TEST_F(PreferencesTest, RemovingEverythingKeepsUnknownKeysThePostponedUpdateAndW
     preferences.setLastDisplayedVersionOfEndUserLicense(1);
     EXPECT_TRUE(Preferences::anySettingStored());
     preferences.removeAllPreferences();
-    EXPECT_THAT(volume.preferences(), UnorderedElementsAre(Key("Somebody Else's"), Key("Update Later Timestamp")));
+    EXPECT_THAT(
+        volume.preferences(), UnorderedElementsAre(Key("Somebody Else's"), Key("Update Later Timestamp")));
     EXPECT_FALSE(Preferences::anySettingStored());
     EXPECT_FALSE(preferences.launchAtLogin());
     EXPECT_EQ(preferences.lastDisplayedVersionOfEndUserLicense(), 1U);

@@ -1,5 +1,5 @@
-// Appends its arguments, one a line, and an empty line to the file "calls" in the start-up volume. One write, so that
-// two recorders at the same time do not mix.
+// Appends its arguments, one a line, and an empty line to the file "calls" in the start-up volume. One write,
+// so that two recorders at the same time do not mix.
 
 #include <cstdlib>
 #include <fcntl.h>

@@ -29,10 +29,10 @@ fs::path MakeTemporaryFolder()
 CFRef<CFDictionaryRef> ReadDictionary(const fs::path& file)
 {
     const std::string bytes = TestVolume::read(file);
-    const CFRef<CFDataRef> data(CFDataCreate(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
-    CFRef<CFTypeRef> list(
-        CFPropertyListCreateWithData(kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
+    const CFRef<CFDataRef> data(CFDataCreate(kCFAllocatorDefault,
+        reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
+    CFRef<CFTypeRef> list(CFPropertyListCreateWithData(
+        kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
     if (!list || CFGetTypeID(list.get()) != CFDictionaryGetTypeID())
         return {};
     return CFRef<CFDictionaryRef>(static_cast<CFDictionaryRef>(list.release()));
@@ -97,7 +97,8 @@ TestVolume& TestVolume::makeInstaller(const std::string& version)
 
 TestVolume& TestVolume::carryDriver(const std::string& version)
 {
-    writeBundle(resources() / "ZEKDockChargingSupport.kext", "", version, "com.zek.driver.ZEKDockChargingSupport");
+    writeBundle(
+        resources() / "ZEKDockChargingSupport.kext", "", version, "com.zek.driver.ZEKDockChargingSupport");
     return *this;
 }
 
@@ -135,10 +136,7 @@ TestVolume& TestVolume::recordDriverTool()
     return *this;
 }
 
-std::string TestVolume::calls() const
-{
-    return read(root() / "calls");
-}
+std::string TestVolume::calls() const { return read(root() / "calls"); }
 
 std::map<std::string, std::string> TestVolume::preferences() const
 {
@@ -154,6 +152,8 @@ std::map<std::string, std::string> TestVolume::preferences() const
     }
     return words;
 }
+
+bool TestVolume::isPropertyList(const fs::path& file) { return static_cast<bool>(ReadDictionary(file)); }
 
 void TestVolume::write(const fs::path& file, const std::string& text)
 {

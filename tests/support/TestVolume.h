@@ -6,9 +6,9 @@
 #include <map>
 #include <string>
 
-/// A start-up volume with a home folder in a temporary folder of its own, named by the environment of this process
-/// while the object lives; removed with everything in it at the end. In it lies an installer's bundle that counts as this
-/// process's main bundle.
+/// A start-up volume with a home folder in a temporary folder of its own, named by the environment of this
+/// process while the object lives; removed with everything in it at the end. In it lies an installer's bundle
+/// that counts as this process's main bundle.
 class TestVolume {
 public:
     TestVolume();
@@ -32,7 +32,8 @@ public:
     /// Gives the installer a driver of this version to carry.
     TestVolume& carryDriver(const std::string& version);
     TestVolume& installAgent(const std::string& version);
-    TestVolume& installDriver(const std::string& version, const std::string& name = "ZEKDockChargingSupport.kext");
+    TestVolume& installDriver(
+        const std::string& version, const std::string& name = "ZEKDockChargingSupport.kext");
     /// Makes moving anything to the Trash fail, for root as well.
     TestVolume& breakTrash();
 
@@ -42,9 +43,12 @@ public:
     /// How recorders were called so far: arguments one a line, each call ended by an empty line.
     std::string calls() const;
 
-    /// The preferences domain as it is on the disk, each value in words; empty when there is no readable file.
+    /// The preferences domain as it is on the disk, each value in words; empty when there is no readable
+    /// file.
     std::map<std::string, std::string> preferences() const;
 
+    /// Whether a file holds a whole property list with a dictionary.
+    static bool isPropertyList(const std::filesystem::path& file);
     static void write(const std::filesystem::path& file, const std::string& text);
     static std::string read(const std::filesystem::path& file);
     /// Writes a bundle with just these versions; "" leaves a version out.
