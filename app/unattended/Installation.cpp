@@ -9,8 +9,8 @@
 
 #include <Host/HostPath.h>
 #include <charconv>
-#include <fstream>
-#include <iterator>
+#include <cstdio>
+#include <memory>
 #include <sys/stat.h>
 
 namespace {
@@ -21,10 +21,21 @@ bool Exists(const std::string& path)
     return lstat(path.c_str(), &item) == 0;
 }
 
+/// What a file holds, as far as it can be read; what is cut short is no property list any more.
+std::string ReadFile(const std::string& path)
+{
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    std::string bytes;
+    char buffer[4096];
+    size_t count = 0;
+    while (file && (count = std::fread(buffer, 1, sizeof buffer, file.get())) > 0)
+        bytes.append(buffer, count);
+    return bytes;
+}
+
 CFRef<CFPropertyListRef> ReadPropertyList(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    const std::string bytes { std::istreambuf_iterator<char>(file), {} };
+    const std::string bytes = ReadFile(path);
     const CFRef<CFDataRef> data(CFDataCreate(kCFAllocatorDefault,
         reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
     return CFRef<CFPropertyListRef>(CFPropertyListCreateWithData(

@@ -4,6 +4,7 @@
 #include "app/unattended/UnattendedFrontEnd.h"
 #include "install/AgentInstaller.h"
 #include "install/DriverInterface.h"
+#include "util/MainBundle.h"
 
 #include <chrono>
 #include <functional>
@@ -35,7 +36,16 @@ public:
     {
     }
 
-    Outcome carryOut() { return fOptions.command == Options::Command::uninstall ? uninstall() : install(); }
+    Outcome carryOut()
+    {
+        // Without its identifier the installer would neither find the settings nor miss them.
+        if (MainBundleIdentifier() == nullptr) {
+            fFrontEnd.progress("The installer's own bundle cannot be read.");
+            fStatus = fnfErr;
+            return Outcome::failed;
+        }
+        return fOptions.command == Options::Command::uninstall ? uninstall() : install();
+    }
     OSStatus status() const { return fStatus; }
 
 private:
@@ -97,7 +107,7 @@ private:
     {
         if (!WaitUntil(asItShouldBe, fOptions.wait))
             return Outcome::notSeenOnDisk;
-        return fFrontEnd.restartRequested() ? Outcome::doneRestartNeeded : Outcome::done;
+        return fFrontEnd.restartNeeded() ? Outcome::doneRestartNeeded : Outcome::done;
     }
 
     Outcome failure() const

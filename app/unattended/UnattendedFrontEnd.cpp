@@ -122,8 +122,8 @@ void UnattendedFrontEnd::stateEntered(uint32_t state)
 
 void UnattendedFrontEnd::restart()
 {
-    fRestartRequested = RestartMac() == 0;
-    if (!fRestartRequested)
+    fRestartNeeded = true;
+    if (RestartMac() != 0)
         progress("The restart could not be requested.");
 }
 

@@ -23,7 +23,7 @@ public:
     {
         return fOperationReported;
     } ///< an operation ran to its completion alert
-    bool restartRequested() const { return fRestartRequested; }
+    bool restartNeeded() const { return fRestartNeeded; } ///< whether or not it could be requested
 
     void showLicenseWindow() override;
     void showInstallWindow() override;
@@ -48,5 +48,5 @@ private:
     bool fTerminated = false;
     bool fLicenseRefused = false;
     bool fOperationReported = false;
-    bool fRestartRequested = false;
+    bool fRestartNeeded = false;
 };

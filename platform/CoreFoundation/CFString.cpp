@@ -31,6 +31,10 @@ std::span<const UInt8> BytesOf(std::string_view chars)
 CFStringRef Create(CFStringEncoding encoding, std::span<const UInt8> bytes, bool external)
 {
     return NullWithoutMemory([&]() -> CFStringRef {
+        // Nearly all strings, made without detours.
+        const std::string_view chars(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        if (HasAsciiAsPart(encoding) && IsAscii(chars))
+            return new __CFString(Text(std::string(chars)));
         std::optional<Text> text = Decode(encoding, bytes, external);
         return text ? MakeString(std::move(*text)) : nullptr;
     });

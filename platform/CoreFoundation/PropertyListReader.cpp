@@ -14,9 +14,9 @@
 
 #include <bit>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <unordered_map>
-#include <vector>
 
 namespace {
 
@@ -51,6 +51,50 @@ private:
 
     MallocOwned<char> fBytes;
     size_t fSize = 0;
+};
+
+/// The keys met so far. Records of the same shape repeat theirs, so each text becomes one object only, and
+/// the key that followed another the last time is the first guess the next time: that spares copying and
+/// hashing nearly every text.
+class Keys {
+public:
+    struct Key {
+        const char* text = "";
+        cf::Owned<CFStringRef> string;
+        Key* next = nullptr;
+    };
+
+    /// Where every dictionary begins.
+    Key* start() { return &fStart; }
+
+    /// @param node a key. @param previous the one before it in its dictionary.
+    /// @return null for text that is not UTF-8.
+    Key* find(plist_t node, Key* previous)
+    {
+        if (previous->next && plist_key_val_compare(node, previous->next->text) == 0)
+            return previous->next;
+        char* text = nullptr;
+        plist_get_key_val(node, &text);
+        const MallocOwned<char> owned(text);
+        Key* key = text ? find(text) : nullptr;
+        previous->next = key;
+        return key;
+    }
+
+private:
+    Key* find(const char* text)
+    {
+        const auto [entry, isNew] = fKeys.try_emplace(text);
+        Key& key = entry->second;
+        if (isNew) {
+            key.text = entry->first.c_str();
+            key.string.reset(cf::MakeString(text));
+        }
+        return key.string ? &key : nullptr;
+    }
+
+    Key fStart;
+    std::unordered_map<std::string, Key> fKeys;
 };
 
 /// Turns libplist's nodes into objects, in one pass. The first fault stops it.
@@ -121,36 +165,18 @@ private:
         plist_dict_iter rawIterator = nullptr;
         plist_dict_new_iter(node, &rawIterator);
         const MallocOwned<void> iterator(rawIterator);
+        Keys::Key* key = fKeys.start();
         for (uint32_t left = plist_dict_get_size(node); left > 0; --left) {
-            char* rawKey = nullptr;
             plist_t item = nullptr;
-            plist_dict_next_item(node, iterator.get(), &rawKey, &item);
-            const MallocOwned<char> key(rawKey);
-            if (!key || !item || !addKey(key.get()) || !add(item))
+            plist_dict_next_item(node, iterator.get(), nullptr, &item);
+            key = item ? fKeys.find(plist_dict_item_get_key(item), key) : nullptr;
+            if (!key)
+                return false;
+            fMaker.addKey(cf::Retained(CFStringRef { key->string.get() }));
+            if (!add(item))
                 return false;
         }
         return fMaker.finishDictionary(start);
-    }
-
-    /// Records of the same shape repeat their keys, so each text becomes one object only.
-    bool addKey(const char* text)
-    {
-        const auto known = fKeys.find(text);
-        if (known != fKeys.end()) {
-            fMaker.addKey(cf::Retained(known->second));
-            return true;
-        }
-        const CFStringRef key = cf::MakeString(text);
-        if (!key)
-            return false;
-        fMaker.addKey(key);
-        // Texts that are not all ASCII are not kept in this form; they just are not shared. The maker keeps
-        // what is listed alive only until its dictionary is done, so the list holds a reference of its own.
-        if (const char* kept = CFStringGetCStringPtr(key, kCFStringEncodingUTF8)) {
-            fOwnedKeys.emplace_back(cf::Retained(key));
-            fKeys.emplace(kept, key);
-        }
-        return true;
     }
 
     bool addInteger(plist_t node)
@@ -221,8 +247,7 @@ private:
     }
 
     PropertyListMaker fMaker;
-    std::unordered_map<std::string_view, CFStringRef> fKeys;
-    std::vector<cf::Owned<CFStringRef>> fOwnedKeys;
+    Keys fKeys;
     bool fHasWideIntegers;
     bool fHasWideDates;
 };

@@ -11,14 +11,16 @@
 
 namespace {
 
-constexpr std::string_view kWhitespace = " \t\r\n";
+// Every byte of a document passes through here; comparing is several times as quick as searching a set.
+constexpr bool IsWhitespace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
 
 std::string_view Trimmed(std::string_view text)
 {
-    const size_t first = text.find_first_not_of(kWhitespace);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(kWhitespace) - first + 1);
+    while (!text.empty() && IsWhitespace(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && IsWhitespace(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
 
 /// Whether libplist reads the text as the number that it shows. It would take a leading zero for octal, so
@@ -97,7 +99,7 @@ constexpr std::array<uint8_t, 256> Base64Classes()
     std::array<uint8_t, 256> classes {};
     for (const char c : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"))
         classes[static_cast<uint8_t>(c)] = kBase64Digit;
-    for (const char c : kWhitespace)
+    for (const char c : std::string_view(" \t\r\n"))
         classes[static_cast<uint8_t>(c)] = kBase64Skip;
     classes[static_cast<uint8_t>('=')] = kBase64Padding;
     return classes;
@@ -164,7 +166,8 @@ private:
 
     void skipWhitespace()
     {
-        fPosition = std::min(fText.find_first_not_of(kWhitespace, fPosition), fText.size());
+        while (fPosition < fText.size() && IsWhitespace(fText[fPosition]))
+            ++fPosition;
     }
 
     bool skipWhitespaceAndComments()
@@ -215,10 +218,10 @@ private:
         if (!at("<"))
             return fail(fPosition == fText.size() ? "The XML property list ends early."
                                                   : "The XML property list has text between its elements.");
-        const size_t end = fText.find_first_of("<>", fPosition + 1);
-        if (end == std::string_view::npos || fText[end] == '<')
-            return fail("The XML property list has an unfinished tag.");
+        const size_t end = fText.find('>', fPosition);
         std::string_view inside = fText.substr(fPosition + 1, end - fPosition - 1);
+        if (end == std::string_view::npos || inside.find('<') != std::string_view::npos)
+            return fail("The XML property list has an unfinished tag.");
         fPosition = end + 1;
         tag.isClosing = inside.starts_with('/');
         tag.isEmpty = inside.ends_with('/') && inside.size() > 1;
@@ -226,7 +229,8 @@ private:
             inside.remove_prefix(1);
         else if (tag.isEmpty)
             inside.remove_suffix(1);
-        tag.name = inside.substr(0, inside.find_first_of(kWhitespace));
+        const auto* const nameEnd = std::find_if(inside.begin(), inside.end(), IsWhitespace);
+        tag.name = inside.substr(0, static_cast<size_t>(nameEnd - inside.begin()));
         return true;
     }
 

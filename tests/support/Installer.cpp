@@ -39,7 +39,9 @@ pid_t Installer::agentProcess()
     constexpr std::string_view key = "\"PID\" = ";
     const auto listing = OutputOfProgram(HostPath("/bin/launchctl"), { "list", "com.zek.Velmora" });
     const size_t at = listing ? listing->find(key) : std::string::npos;
-    return at == std::string::npos ? 0 : static_cast<pid_t>(std::strtol(listing->c_str() + at + key.size(), nullptr, 10));
+    return at == std::string::npos
+        ? 0
+        : static_cast<pid_t>(std::strtol(listing->c_str() + at + key.size(), nullptr, 10));
 }
 
 std::optional<std::string> Installer::launchctl(const std::string& verb, const TestVolume& volume)
