@@ -1,25 +1,8 @@
+#include "bench/AllocationCounter.h"
 #include "settings/NumVersion.h"
 
-#include <atomic>
 #include <benchmark/benchmark.h>
 #include <cstdio>
-#include <cstdlib>
-#include <new>
-
-namespace {
-std::atomic<size_t> gAllocations { 0 };
-}
-
-// Counts every allocation of this program, so that a benchmark can show that it makes none.
-void* operator new(size_t size)
-{
-    ++gAllocations;
-    if (void* const memory = std::malloc(size))
-        return memory;
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -28,9 +11,9 @@ constexpr const char* kTexts[] = { "1.0", "2.1.3", "10.15.2", "1.2b3", "1.2 d12"
 /// Counts what one round allocates; the frame around it may allocate what it likes.
 template <class Round> void RunCounting(benchmark::State& state, Round round)
 {
-    const size_t before = gAllocations;
+    const size_t before = AllocationCount();
     round();
-    const size_t perRound = gAllocations - before;
+    const size_t perRound = AllocationCount() - before;
     for ([[maybe_unused]] auto tick : state)
         round();
     state.counters["allocations"] = static_cast<double>(perRound);

@@ -105,13 +105,16 @@ int Descend(const std::string& folder, int depth, bool make)
     return at;
 }
 
-/// Takes such folders away from the top, since a path to the bottom would be too long.
-void RemoveChain(const std::string& folder)
+/// Takes such folders away, from the innermost up, since a path to them would be too long.
+void RemoveUpwards(int innermost, int depth)
 {
-    while (rename((folder + "/d/d").c_str(), (folder + "/next").c_str()) == 0) {
-        fs::remove_all(folder + "/d");
-        fs::rename(folder + "/next", folder + "/d");
+    for (int i = 0; i < depth && innermost >= 0; ++i) {
+        const int parent = openat(innermost, "..", O_RDONLY | O_DIRECTORY);
+        close(innermost);
+        unlinkat(parent, "d", AT_REMOVEDIR);
+        innermost = parent;
     }
+    close(innermost);
 }
 
 } // namespace
@@ -151,19 +154,18 @@ TEST(Copy, TreeDeeperThanAnyPathNeedsFewDescriptors)
     constexpr int depth = 10000;
     const TemporaryFolder folder;
     fs::create_directory(folder / "tree");
-    close(Descend(folder / "tree", depth, true));
+    const int original = Descend(folder / "tree", depth, true);
     InChild([&] {
         const rlimit limit { 90, 90 };
         setrlimit(RLIMIT_NOFILE, &limit);
         EXPECT_EQ(copyfile((folder / "tree").c_str(), (folder / "copy").c_str(), nullptr, kWhole), 0)
             << errno;
     });
-    const int bottom = Descend(folder / "copy", depth, false);
-    EXPECT_GE(bottom, 0);
-    EXPECT_EQ(faccessat(bottom, "d", F_OK, 0), -1);
-    close(bottom);
-    RemoveChain(folder / "tree");
-    RemoveChain(folder / "copy");
+    const int copy = Descend(folder / "copy", depth, false);
+    EXPECT_GE(copy, 0);
+    EXPECT_EQ(faccessat(copy, "d", F_OK, 0), -1);
+    RemoveUpwards(original, depth);
+    RemoveUpwards(copy, depth);
 }
 
 TEST(Copy, BytesCrossFileSystemsAndComeFromFilesWithoutASize)

@@ -1,0 +1,25 @@
+#include "bench/AllocationCounter.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<size_t> gAllocations { 0 };
+
+}
+
+size_t AllocationCount() { return gAllocations; }
+
+void* operator new(size_t size)
+{
+    ++gAllocations;
+    if (void* const memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept { std::free(memory); }
+
+void operator delete(void* memory, size_t) noexcept { std::free(memory); }
