@@ -4,6 +4,7 @@
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <Security/Authorization.h>
 #include <algorithm>
 
 namespace {
@@ -35,6 +36,23 @@ OutcomeTexts TextsOf(Outcome outcome)
         return { "not-seen-on-disk", "Carried out, but the result is not what is found on the disk." };
     }
     return { "failed", "Failed." };
+}
+
+/// What the back ends mean by an error number.
+const char* ReasonOf(OSStatus status)
+{
+    switch (status) {
+    case permErr:
+        return "a folder could not be made, the agent could not be copied, or the Trash did not take it.";
+    case fnfErr:
+        return "the installer lacks something that it should carry, or there is no home folder.";
+    case memFullErr:
+        return "launchctl could not be started.";
+    case errAuthorizationToolExecuteFailure:
+        return "the driver tool cannot be run, or others could have changed it.";
+    default:
+        return "a step was refused.";
+    }
 }
 
 const char* LaunchAgentWord(Installation::LaunchAgent state)
@@ -114,7 +132,13 @@ std::string VersionText(uint32_t version)
     return text;
 }
 
-const char* OutcomeSentence(Outcome outcome) { return TextsOf(outcome).sentence; }
+std::string OutcomeSentence(Outcome outcome, OSStatus status)
+{
+    std::string sentence = TextsOf(outcome).sentence;
+    if (status == noErr || outcome == Outcome::authorizationRefused)
+        return sentence;
+    return sentence + " Error " + std::to_string(status) + ": " + ReasonOf(status);
+}
 
 std::string ReportAsText(const Report& report)
 {

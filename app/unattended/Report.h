@@ -25,8 +25,8 @@ struct Report {
     Installation installation;
 };
 
-/// The outcome for people.
-const char* OutcomeSentence(Outcome outcome);
+/// The outcome for people, with the reason where a back-end step failed.
+std::string OutcomeSentence(Outcome outcome, OSStatus status);
 
 /// A few lines for people; each ends with a newline.
 std::string ReportAsText(const Report& report);

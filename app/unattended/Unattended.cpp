@@ -133,7 +133,7 @@ Outcome RunUnattended(const Options& options)
         Run run(options, controller, frontEnd);
         report.outcome = run.carryOut();
         report.status = run.status();
-        frontEnd.progress(OutcomeSentence(report.outcome));
+        frontEnd.progress(OutcomeSentence(report.outcome, report.status));
     }
     report.offeredAgentVersion = controller.versionAsString().value_or("");
     report.offeredDriverVersion = VersionText(DriverInterface::carriedVersion());

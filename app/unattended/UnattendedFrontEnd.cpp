@@ -54,9 +54,9 @@ UnattendedFrontEnd::UnattendedFrontEnd(const Options& options, FILE* progress)
 {
 }
 
-void UnattendedFrontEnd::progress(const char* line) const
+void UnattendedFrontEnd::progress(const std::string& line) const
 {
-    std::fprintf(fProgress, "%s\n", line);
+    std::fprintf(fProgress, "%s\n", line.c_str());
     std::fflush(fProgress);
 }
 

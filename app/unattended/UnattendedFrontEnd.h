@@ -16,7 +16,7 @@ public:
 
     /// Answers one window after the other until the application has ended or no window is open.
     void answerWindows(AppController& controller);
-    void progress(const char* line) const;
+    void progress(const std::string& line) const;
 
     bool licenseRefused() const { return fLicenseRefused; }
     bool operationReported() const

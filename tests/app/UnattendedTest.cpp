@@ -131,6 +131,7 @@ TEST_F(UnattendedTest, FailuresAreReportedAsSuch)
     TestVolume::write(volume.agent() / "Contents/Info.plist", "no property list");
     EXPECT_EQ(run("--unattended install --accept-license"), 1) << output;
     EXPECT_THAT(output, HasSubstr("The installation failed."));
+    EXPECT_THAT(output, HasSubstr("Error -54: a folder could not be made"));
     fs::remove_all(volume.support());
 
     // Someone else's start-up volume gives an ordinary user no rights.
