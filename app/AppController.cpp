@@ -4,7 +4,7 @@
 #include "install/AgentInstaller.h"
 #include "install/DriverInterface.h"
 #include "settings/Preferences.h"
-#include "util/MainBundle.h"
+#include "util/Bundle.h"
 
 namespace {
 
@@ -34,19 +34,19 @@ CompletionAlerts CompletionAlertsFor(uint32_t operation)
     }
 }
 
-/// Asks a back end. One that could not be made has nothing to offer and nothing to do: it answers no, and
-/// success.
-template <class BackEnd, class Result> Result Ask(BackEnd* backEnd, Result (BackEnd::*question)() const)
+// A driver interface that could not be made has nothing to offer and nothing to do: it answers no, and success.
+
+bool AskDriver(bool (DriverInterface::*question)() const)
 {
-    return backEnd != nullptr ? (backEnd->*question)() : Result {};
+    const DriverInterface* const driver = DriverInterface::driverInterfacePtr();
+    return driver != nullptr && (driver->*question)();
 }
 
-template <class BackEnd, class Result> Result Ask(BackEnd* backEnd, Result (BackEnd::*step)())
+OSStatus RunDriver(OSStatus (DriverInterface::*step)())
 {
-    return backEnd != nullptr ? (backEnd->*step)() : Result {};
+    DriverInterface* const driver = DriverInterface::driverInterfacePtr();
+    return driver != nullptr ? (driver->*step)() : OSStatus { noErr };
 }
-
-DriverInterface* Driver() { return DriverInterface::driverInterfacePtr(); }
 
 }
 
@@ -71,10 +71,9 @@ AppController* AppController::init(FrontEnd& frontEnd)
 
 void AppController::chooseOperation()
 {
-    const Preferences* const preferences = Preferences::init();
+    Preferences::init();
     const AgentInstaller* const agent = AgentInstaller::init();
-    const DriverInterface* const driver = DriverInterface::init();
-    if (preferences == nullptr || agent == nullptr || driver == nullptr)
+    if (DriverInterface::init() == nullptr)
         return;
     if (agent->canInstall())
         fOperation = kInstall;
@@ -137,11 +136,11 @@ bool AppController::runState()
         return enter(stateAfterAgentStep(
             AgentInstaller::agentInstallerPtr()->uninstallAndIsUpdating(false), kUninstallDriver));
     case kUninstallDriver:
-        fError = Ask(Driver(), &DriverInterface::uninstall);
+        fError = RunDriver(&DriverInterface::uninstall);
         return enter(kReport);
     case kReport:
         displayCompletionDialog();
-        return enter(Ask(Driver(), &DriverInterface::restartRequired) ? kRestart : kQuit);
+        return enter(AskDriver(&DriverInterface::restartRequired) ? kRestart : kQuit);
     case kRestart:
         frontEnd().restart();
         quit();
@@ -164,13 +163,13 @@ bool AppController::enter(State next)
 /// not asked about an update.
 AppController::State AppController::stateAfterDriverOffers()
 {
-    if (Ask(Driver(), &DriverInterface::canInstall)) {
+    if (AskDriver(&DriverInterface::canInstall)) {
         if (runAlertPanel(kOfferDriverInstall) != kConfirmed)
             return kWaitForUser;
         fOperation = kInstallDriver;
         return kInstallDriverAfterAgent;
     }
-    if (Ask(Driver(), &DriverInterface::canUpdate) && runAlertPanel(kOfferDriverUpdate) == kConfirmed) {
+    if (AskDriver(&DriverInterface::canUpdate) && runAlertPanel(kOfferDriverUpdate) == kConfirmed) {
         fOperation = kUpdateDriver;
         return kUpdateDriverAfterAgent;
     }
@@ -187,8 +186,8 @@ AppController::State AppController::stateAfterAgentStep(OSStatus status, State o
 /// The state decides which step it is; both answers only decide whether there is one.
 void AppController::runDriverStep(OSStatus (DriverInterface::*step)())
 {
-    if (Ask(Driver(), &DriverInterface::canInstall) || Ask(Driver(), &DriverInterface::canUpdate))
-        fError = Ask(Driver(), step);
+    if (AskDriver(&DriverInterface::canInstall) || AskDriver(&DriverInterface::canUpdate))
+        fError = RunDriver(step);
 }
 
 void AppController::licenseAcceptedByUser(bool accepted)
@@ -255,4 +254,8 @@ int32_t AppController::runAlertPanel(int32_t number)
     return number == kNoAlert ? 0 : frontEnd().runAlertPanel(number);
 }
 
-void AppController::quit() { frontEnd().terminate(); }
+void AppController::quit()
+{
+    frontEnd().terminate();
+    fCurrentState = kIdle; // a window that closes while the application ends must not start anything again
+}

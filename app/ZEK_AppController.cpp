@@ -2,8 +2,8 @@
 
 #include "app/FrontEnd.h"
 #include "settings/NumVersion.h"
+#include "util/Bundle.h"
 #include "util/CFText.h"
-#include "util/MainBundle.h"
 
 #include <sys/stat.h>
 #include <sys/sysctl.h>

@@ -44,7 +44,7 @@ public:
 
 protected:
     /// Sets the process's file-creation mask to 022, so that what is installed can be read by all and written
-    /// by its owner, and reads the version. @param frontEnd outlives the controller.
+    /// by its owner, and reads the version. @param frontEnd has to live as long as the controller is used.
     explicit ZEK_AppController(FrontEnd& frontEnd);
     /// Makes a controller the shared one, which replaces the one before it.
     static void registerShared(std::unique_ptr<ZEK_AppController> controller);

@@ -1,6 +1,7 @@
 #include "app/unattended/Unattended.h"
+#include "util/Bundle.h"
 #include "util/CFText.h"
-#include "util/MainBundle.h"
+#include "util/Launch.h"
 
 #include <Host/HostPath.h>
 #include <cstdio>
@@ -10,13 +11,15 @@ namespace {
 /// The installer's name and version, from its bundle.
 std::string VersionLine()
 {
-    return "ZEK Velmora Installer " + StdString(MainBundleText(CFSTR("CFBundleShortVersionString"))) + "\n";
+    return StdString(MainBundleText(CFSTR("CFBundleName"))) + " "
+        + StdString(MainBundleText(CFSTR("CFBundleShortVersionString"))) + "\n";
 }
 
 }
 
 int main(int argc, char* argv[])
 {
+    OpenStandardStreams();
     HostEnterHome();
     std::string error;
     const std::optional<Options> options = ParseOptions({ argv + 1, argv + argc }, error);

@@ -4,9 +4,9 @@
 #include "install/CopyItem.h"
 #include "settings/NumVersion.h"
 #include "settings/Preferences.h"
+#include "util/Bundle.h"
 #include "util/CFText.h"
 #include "util/Launch.h"
-#include "util/MainBundle.h"
 
 #include <Host/AtomicFile.h>
 #include <Host/HostPath.h>
@@ -136,9 +136,7 @@ uint32_t AgentInstaller::agentVersion() const
     const CFRef<CFBundleRef> bundle(url ? CFBundleCreate(kCFAllocatorDefault, url.get()) : nullptr);
     if (!bundle)
         return 0;
-    const CFTypeRef value
-        = CFBundleGetValueForInfoDictionaryKey(bundle.get(), CFSTR("CFBundleShortVersionString"));
-    const auto text = ASCIIString(CFDynamicCast<CFStringRef>(value, CFStringGetTypeID()));
+    const auto text = ASCIIString(BundleText(bundle.get(), CFSTR("CFBundleShortVersionString")));
     uint32_t version = 0;
     if (text)
         ConvertStringToNumVersion(text->c_str(), &version);

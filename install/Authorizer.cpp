@@ -1,16 +1,14 @@
 #include "install/Authorizer.h"
 
+#include "util/Bundle.h"
 #include "util/CFText.h"
-#include "util/MainBundle.h"
 
 #include <new>
 
 namespace {
 
-bool IsCArgument(const std::string& argument)
-{
-    return !argument.empty() && argument.find('\0') == std::string::npos && CFText(argument);
-}
+/// Whether the text can be handed on as a C string and says something.
+bool IsCText(const std::string& text) { return !text.empty() && text.find('\0') == std::string::npos; }
 
 }
 
@@ -40,7 +38,7 @@ Authorizer::~Authorizer()
 OSStatus Authorizer::setToolName(const std::string& name)
 {
     const std::string folder = MainBundleResources();
-    if (name.empty() || folder.empty())
+    if (!IsCText(name) || folder.empty())
         return fnfErr;
     setTool(folder + "/" + name);
     return noErr;
@@ -48,7 +46,7 @@ OSStatus Authorizer::setToolName(const std::string& name)
 
 void Authorizer::setToolPathname(const std::string& path)
 {
-    if (!path.empty())
+    if (IsCText(path))
         setTool(path);
 }
 
@@ -81,7 +79,7 @@ OSStatus Authorizer::runToolWithArguments(const std::vector<std::string>& argume
     if (!list)
         return memFullErr;
     for (size_t i = 0; i < arguments.size(); ++i) {
-        if (!IsCArgument(arguments[i]))
+        if (!IsCText(arguments[i]) || !CFText(arguments[i]))
             return paramErr;
         list[i] = const_cast<char*>(arguments[i].c_str());
     }

@@ -19,10 +19,10 @@ public:
     Authorizer& operator=(const Authorizer&) = delete;
 
     /// Names a tool that lies in the main bundle's Resources folder. The file itself is not looked at.
-    /// @return noErr; fnfErr for an empty name or where there is no such folder; then the tool stays the one
+    /// @return noErr; fnfErr for a name that is empty or holds a zero, or where there is no such folder; then the tool stays the one
     /// before.
     OSStatus setToolName(const std::string& name);
-    /// Names the tool by its full path; an empty path is ignored.
+    /// Names the tool by its full path; a path that is empty or holds a zero is ignored.
     void setToolPathname(const std::string& path);
     const std::string& toolPathname() const; ///< "" before a tool has been named
 

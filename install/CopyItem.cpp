@@ -14,15 +14,21 @@ std::string StagingPath(const std::string& path)
     return path.substr(0, name) + "." + path.substr(name) + ".partial";
 }
 
+/// A folder that was copied as one that its owner may not change can be emptied only after this.
+int UnlockFolder(const char* path, const struct stat*, int type, struct FTW*)
+{
+    return type == FTW_D ? chmod(path, 0700) : 0;
+}
+
 int RemoveEntry(const char* path, const struct stat*, int, struct FTW*) { return remove(path); }
 
 /// Removes a folder with everything in it, or a file or link; nothing there is no error.
 int RemoveTree(const std::string& path)
 {
     constexpr int kOpenFolders = 64;
-    if (nftw(path.c_str(), RemoveEntry, kOpenFolders, FTW_DEPTH | FTW_PHYS) == 0 || errno == ENOENT)
-        return 0;
-    return errno;
+    const bool removed = nftw(path.c_str(), UnlockFolder, kOpenFolders, FTW_PHYS) == 0
+        && nftw(path.c_str(), RemoveEntry, kOpenFolders, FTW_DEPTH | FTW_PHYS) == 0;
+    return removed || errno == ENOENT ? 0 : errno;
 }
 
 }

@@ -1,7 +1,7 @@
 #include "install/DriverInterface.h"
 
 #include "settings/NumVersion.h"
-#include "util/MainBundle.h"
+#include "util/Bundle.h"
 
 #include <Host/HostPath.h>
 #include <sys/stat.h>
@@ -38,20 +38,20 @@ DriverInterface* DriverInterface::init()
 {
     gDriverInterfacePtr.reset(new DriverInterface);
     DriverInterface* const made = gDriverInterfacePtr.get();
-    if (!made->createAuthorization() || made->setToolName(kToolName) != noErr || !made->readVersions())
+    if (made->createAuthorization() && made->setToolName(kToolName) == noErr)
+        made->readVersions();
+    else
         gDriverInterfacePtr.reset();
     return gDriverInterfacePtr.get();
 }
 
-bool DriverInterface::readVersions()
+void DriverInterface::readVersions()
 {
-    if (MainBundleResources().empty())
-        return false;
     if (!IsInstalled(kDriverName))
-        return true;
-    fDriverInstalled = installedVersion() != 0;
-    fCanUpdate = carriedVersion() != installedVersion();
-    return true;
+        return;
+    const uint32_t installed = installedVersion();
+    fDriverInstalled = installed != 0;
+    fCanUpdate = carriedVersion() != installed;
 }
 
 uint32_t DriverInterface::carriedVersion()

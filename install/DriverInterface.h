@@ -22,8 +22,8 @@ public:
     static bool oldDriverInstalled(); ///< the extension of the earlier product generation is there
 
     bool canInstall() const; ///< no extension is installed, or none whose version can be read
-    bool canUpdate()
-        const; ///< the installed extension's version is another than the carried one's, even a later one
+    bool
+    canUpdate() const; ///< an extension is installed in another version than the carried one, even a later
     bool driverPresent() const; ///< the opposite of canInstall()
     bool restartMightBeRequired() const; ///< installing or updating would change the extension
     bool restartRequired() const; ///< the last install, update or uninstall changed the system
@@ -45,7 +45,7 @@ public:
 
 private:
     DriverInterface() = default;
-    bool readVersions();
+    void readVersions();
 
     bool fDriverInstalled = false;
     bool fCanUpdate = false;

@@ -1,5 +1,6 @@
 #include "settings/NumVersion.h"
 
+#include "util/Bundle.h"
 #include "util/CFText.h"
 
 #include <Host/HostPath.h>
@@ -176,8 +177,7 @@ uint32_t BundleVersion(const char* path)
     const CFRef<CFBundleRef> bundle(url ? CFBundleCreate(kCFAllocatorDefault, url.get()) : nullptr);
     if (!bundle)
         return 0;
-    const auto text = CFDynamicCast<CFStringRef>(
-        CFBundleGetValueForInfoDictionaryKey(bundle.get(), kCFBundleVersionKey), CFStringGetTypeID());
+    const CFStringRef text = BundleText(bundle.get(), kCFBundleVersionKey);
     char buffer[16];
     uint32_t version = 0;
     if (text != nullptr && CFStringGetCString(text, buffer, sizeof buffer, kCFStringEncodingASCII))

@@ -2,8 +2,8 @@
 
 #include "settings/NumVersion.h"
 #include "settings/PropertyValue.h"
+#include "util/Bundle.h"
 #include "util/CFText.h"
-#include "util/MainBundle.h"
 
 #include <algorithm>
 #include <array>
@@ -167,17 +167,20 @@ void Preferences::writeUserPreferences()
 void Preferences::removeAllPreferences()
 {
     for (const CFStringRef key : SettingKeys())
-        CFDictionaryRemoveValue(fPreferencesDictionaryPtr.get(), key);
+        removeKey(key);
     writeUserPreferences();
+}
+
+bool Preferences::synchronize()
+{
+    const CFStringRef domain = MainBundleIdentifier();
+    return domain != nullptr && Synchronize(domain);
 }
 
 bool Preferences::anySettingStored()
 {
     const CFStringRef domain = MainBundleIdentifier();
-    if (domain == nullptr)
-        return false;
-    Synchronize(domain);
-    const CFRef<CFDictionaryRef> stored = CopyDomain(domain);
+    const CFRef<CFDictionaryRef> stored = domain != nullptr ? CopyDomain(domain) : CFRef<CFDictionaryRef>();
     const auto keys = SettingKeys();
     return stored && std::any_of(keys.begin(), keys.end(), [&stored](CFStringRef key) {
         return CFDictionaryContainsKey(stored.get(), key);
@@ -286,7 +289,7 @@ void Preferences::setUpdateLaterTimestamp()
 void Preferences::removeUpdateLaterTimestamp()
 {
     fUpdateLaterTimestampPtr = CFRef<CFDateRef>();
-    CFDictionaryRemoveValue(fPreferencesDictionaryPtr.get(), UpdateLaterKey());
+    removeKey(UpdateLaterKey());
     writeUserPreferences();
 }
 
@@ -296,12 +299,20 @@ bool Preferences::storedBoolean(CFStringRef key) const
     return BooleanValue(CFDictionaryGetValue(fPreferencesDictionaryPtr.get(), key)).value_or(true);
 }
 
+/// The removal is put down in the domain at once, because a domain that could not be read is not compared on writing.
+void Preferences::removeKey(CFStringRef key)
+{
+    CFDictionaryRemoveValue(fPreferencesDictionaryPtr.get(), key);
+    if (const CFStringRef domain = MainBundleIdentifier())
+        CFPreferencesSetValue(key, nullptr, domain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
+}
+
 /// Only the value that differs from the default is stored, so that a later default reaches users who never
 /// chose.
 void Preferences::setBoolean(bool value, CFStringRef key)
 {
     if (value)
-        CFDictionaryRemoveValue(fPreferencesDictionaryPtr.get(), key);
+        removeKey(key);
     else
         CFDictionarySetValue(fPreferencesDictionaryPtr.get(), key, kCFBooleanFalse);
     writeUserPreferences();

@@ -5,9 +5,9 @@
 #include <memory>
 
 /// The product's settings, held in memory and stored as the preferences domain named by the main bundle's
-/// identifier, which installer and agent share. The domain is always written whole; keys that this class does
-/// not know are kept. A write that fails is not reported here: whoever has to be sure reads the domain again.
-/// Main thread only. Times are seconds since 2001-01-01 00:00:00 UTC.
+/// identifier, which installer and agent share. The domain is written whole; keys that this class does not know are
+/// kept, and so are those of a domain that could not be read. A write that fails is not reported by the setters:
+/// synchronize() tells. Main thread only. Times are seconds since 2001-01-01 00:00:00 UTC.
 class Preferences {
 public:
     /// The last store made, or null before the first.
@@ -29,7 +29,10 @@ public:
     /// so do the values in memory.
     void removeAllPreferences();
 
-    /// Whether the stored domain holds any of the keys that removeAllPreferences() removes.
+    /// Brings the domain and what was set in it together, writing what an earlier attempt could not.
+    /// @return whether the disk has all of it.
+    static bool synchronize();
+    /// Whether the domain, as of the last synchronize(), holds any of the keys that removeAllPreferences() removes.
     static bool anySettingStored();
 
     void startCachingWrites();
@@ -72,12 +75,12 @@ private:
     void readAgentVersion();
     void readTimestamps();
     bool storedBoolean(CFStringRef key) const;
+    void removeKey(CFStringRef key);
     void setBoolean(bool value, CFStringRef key);
     void setTimestamp(CFAbsoluteTime time, CFStringRef key);
 
     CFRef<CFMutableDictionaryRef> fPreferencesDictionaryPtr;
-    bool fDomainRead
-        = false; ///< the stored domain was read, so keys that it has and memory lacks were removed
+    bool fDomainRead = false; ///< every stored key was seen, so one that memory lacks was removed
     bool fCacheWrites = false;
     bool fPreferencesDictionaryNeedsWriting = false;
     NumVersionVariant fAgentVersion {};

@@ -31,10 +31,9 @@ std::optional<int64_t> WholeNumber(CFTypeRef object)
 
 std::optional<bool> BooleanValue(CFTypeRef object)
 {
-    const auto text = CFDynamicCast<CFStringRef>(object, CFStringGetTypeID());
-    if (text != nullptr && CFStringGetLength(text) > 0
-        && std::u16string_view(u"YyTt").find(CFStringGetCharacterAtIndex(text, 0))
-            != std::u16string_view::npos)
+    const std::string text = StdString(CFDynamicCast<CFStringRef>(object, CFStringGetTypeID()));
+    const size_t first = text.find_first_not_of(" \t\n");
+    if (first != std::string::npos && std::string_view("YyTt").find(text[first]) != std::string_view::npos)
         return true;
     const std::optional<double> value = DoubleValue(object);
     return value ? std::optional(*value != 0) : std::nullopt;

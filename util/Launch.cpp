@@ -72,6 +72,16 @@ int WaitForChild(pid_t child)
 
 }
 
+void OpenStandardStreams()
+{
+    int descriptor = 0;
+    do
+        descriptor = open("/dev/null", O_RDWR);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor >= 0)
+        close(descriptor);
+}
+
 int LaunchDetached(const std::string& path, const std::vector<std::string>& arguments)
 {
     const std::vector<char*> list = ArgumentVector(path, arguments);
@@ -110,7 +120,7 @@ std::optional<std::string> OutputOfProgram(const std::string& path, const std::v
     if (child < 0)
         return std::nullopt;
     if (child == 0) {
-        const int null = open("/dev/null", O_RDWR);
+        const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
         if (null >= 0 && dup2(null, STDIN_FILENO) >= 0 && dup2(null, STDERR_FILENO) >= 0
             && dup2(output.ends[1], STDOUT_FILENO) >= 0)
             execv(list[0], list.data());

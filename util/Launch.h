@@ -4,6 +4,10 @@
 #include <string>
 #include <vector>
 
+/// Gives standard streams that the caller has closed to nobody, so that no file opened later becomes one and receives
+/// messages. To be called first in main.
+void OpenStandardStreams();
+
 /// Starts a program and leaves it to itself: nothing waits for it, and it is never a zombie of this process.
 /// It inherits this process's environment and standard streams.
 /// @param path host path of the program; argument zero is the same text. @param arguments the rest, in order.

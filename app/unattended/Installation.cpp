@@ -77,15 +77,18 @@ void ReadJob(CFDictionaryRef launchAgent, Installation& found)
 
 bool Installation::agentComplete(uint32_t version) const
 {
-    return agentVersion == version && launchAgent == LaunchAgent::whole && jobProcess != 0;
+    return version != 0 && agentVersion == version && launchAgent == LaunchAgent::whole && jobProcess != 0;
 }
 
-bool Installation::driverComplete(uint32_t version) const { return driverVersion == version && !oldDriver; }
+bool Installation::driverComplete(uint32_t version) const
+{
+    return version != 0 && driverVersion == version && !oldDriver;
+}
 
 bool Installation::gone() const
 {
     return !agentFolder && launchAgent == LaunchAgent::absent && !jobLoaded && !driverFolder && !oldDriver
-        && !settings;
+        && !settings && settingsOnDisk;
 }
 
 Installation ReadInstallation()
@@ -107,6 +110,7 @@ Installation ReadInstallation()
     found.driverVersion = DriverInterface::installedVersion();
     found.driverFolder = Exists(found.driverPath);
     found.oldDriver = DriverInterface::oldDriverInstalled();
+    found.settingsOnDisk = Preferences::synchronize();
     found.settings = Preferences::anySettingStored();
     const std::string request = HostRestartRequestPath();
     found.restartRequest = Exists(request) ? request : "";

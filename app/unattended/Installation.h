@@ -20,11 +20,13 @@ struct Installation {
     bool driverFolder = false; ///< something is at driverPath
     bool oldDriver = false; ///< the extension of the earlier product generation is there
     bool settings = false; ///< settings of the product are stored
+    bool settingsOnDisk
+        = false; ///< what was set is written; nothing that was set waits for a disk that refuses it
     std::string restartRequest; ///< the file that records a requested restart; "" when there is none
 
-    /// The agent of this version is in place, registered and running.
+    /// The agent of this version, which is not 0, is in place, registered and running.
     bool agentComplete(uint32_t version) const;
-    /// The driver of this version is in place and no earlier generation is.
+    /// The driver of this version, which is not 0, is in place and no earlier generation is.
     bool driverComplete(uint32_t version) const;
     /// Nothing of the product is left but what uninstalling keeps.
     bool gone() const;

@@ -17,24 +17,16 @@ constexpr CommandName kUnattendedCommands[]
 constexpr CommandName kPlainCommands[]
     = { { "--status", Command::status }, { "--help", Command::help }, { "--version", Command::version } };
 
-const std::vector<Command> kOperations { Command::install, Command::update, Command::uninstall };
-
 struct Flag {
     const char* name;
     bool Options::*field;
-    std::vector<Command> commands; ///< those it goes with
 };
-const std::vector<Flag>& Flags()
-{
-    static const std::vector<Flag> flags {
-        { "--accept-license", &Options::acceptLicense, { Command::install, Command::update } },
-        { "--driver", &Options::driver, { Command::install, Command::update } },
-        { "--no-usage-data", &Options::noUsageData, { Command::install } },
-        { "--json", &Options::json,
-            { Command::install, Command::update, Command::uninstall, Command::status } },
-    };
-    return flags;
-}
+constexpr Flag kFlags[] = {
+    { "--accept-license", &Options::acceptLicense },
+    { "--driver", &Options::driver },
+    { "--no-usage-data", &Options::noUsageData },
+    { "--json", &Options::json },
+};
 
 template <class Table> auto Find(const Table& table, const std::string& name)
 {
@@ -42,9 +34,13 @@ template <class Table> auto Find(const Table& table, const std::string& name)
         std::begin(table), std::end(table), [&name](const auto& row) { return row.name == name; });
 }
 
-bool GoesWith(const std::vector<Command>& commands, Command command)
+/// Every option goes with every operation, so that one set serves a script for all of them. What changes nothing
+/// only reports.
+bool GoesWith(const std::string& option, Command command)
 {
-    return std::find(commands.begin(), commands.end(), command) != commands.end();
+    const bool operation
+        = command == Command::install || command == Command::update || command == Command::uninstall;
+    return operation || (command == Command::status && option == "--json");
 }
 
 using Argument = std::vector<std::string>::const_iterator;
@@ -102,12 +98,12 @@ bool ParseOption(Argument& next, Argument end, Options& options, std::string& er
 {
     const std::string& name = *next++;
     const bool isWait = name == "--wait";
-    const auto flag = Find(Flags(), name);
-    if (!isWait && flag == Flags().end()) {
+    const auto* const flag = Find(kFlags, name);
+    if (!isWait && flag == std::end(kFlags)) {
         error = "unknown argument: " + name;
         return false;
     }
-    if (!GoesWith(isWait ? kOperations : flag->commands, options.command)) {
+    if (!GoesWith(name, options.command)) {
         error = name + " does not go with what was asked for";
         return false;
     }
@@ -136,19 +132,17 @@ std::optional<Options> ParseOptions(const std::vector<std::string>& arguments, s
 
 std::string UsageText()
 {
-    return R"(usage: zek-velmora-installer --unattended install [--accept-license] [--driver] [--no-usage-data] [--wait SECONDS]
-                                                     [--json]
-       zek-velmora-installer --unattended update [--accept-license] [--driver] [--wait SECONDS] [--json]
-       zek-velmora-installer --unattended uninstall [--wait SECONDS] [--json]
+    return R"(usage: zek-velmora-installer --unattended install|update|uninstall [--accept-license] [--driver]
+                             [--no-usage-data] [--wait SECONDS] [--json]
        zek-velmora-installer --status [--json]
        zek-velmora-installer --help | --version
 
-install          bring the agent and the driver to the version that this installer carries
+install          bring the agent, and with it the driver, to the version that this installer carries
 update           the same, but only where an agent is installed
 uninstall        move the agent to the Trash, remove the driver and the settings
 --accept-license accept the license agreement
---driver         also when the agent is current, install or update the driver
---no-usage-data  do not send usage data
+--driver         install or update the driver also when the agent is current
+--no-usage-data  never send usage data
 --wait SECONDS   how long the result may take to be seen on the disk, 30 unless told
 --json           report as JSON on standard output, progress on standard error
 --status         tell what is installed

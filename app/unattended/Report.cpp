@@ -167,6 +167,7 @@ std::string ReportAsJSON(const Report& report)
         { "agent", AgentObject(report) },
         { "driver", DriverObject(report) },
         { "settingsStored", report.installation.settings },
+        { "restartNeeded", report.restartNeeded },
         { "restartRequested", !report.installation.restartRequest.empty() },
     };
     return QJsonDocument(object).toJson().toStdString();

@@ -22,6 +22,7 @@ struct Report {
     OSStatus status = noErr; ///< of the last back-end step
     std::string offeredAgentVersion; ///< the installer's own
     std::string offeredDriverVersion; ///< of the driver that the installer carries
+    bool restartNeeded = false; ///< this run changed the driver
     Installation installation;
 };
 

@@ -4,27 +4,18 @@
 #include "app/unattended/UnattendedFrontEnd.h"
 #include "install/AgentInstaller.h"
 #include "install/DriverInterface.h"
-#include "util/MainBundle.h"
+#include "util/Bundle.h"
 
 #include <chrono>
-#include <functional>
 #include <thread>
 
 namespace {
 
-constexpr std::chrono::milliseconds kPause { 20 };
+using Clock = std::chrono::steady_clock;
 
-/// Looks at the disk until it is as it should be or patience runs out. @return whether it is.
-bool WaitUntil(const std::function<bool(const Installation&)>& asItShouldBe, std::chrono::seconds patience)
-{
-    const auto end = std::chrono::steady_clock::now() + patience;
-    while (!asItShouldBe(ReadInstallation())) {
-        if (std::chrono::steady_clock::now() >= end)
-            return false;
-        std::this_thread::sleep_for(kPause);
-    }
-    return true;
-}
+constexpr std::chrono::milliseconds kPause { 20 };
+/// How long launchd may take to see what it was asked for.
+constexpr std::chrono::seconds kGrace { 1 };
 
 /// One run of install, update or uninstall.
 class Run {
@@ -51,6 +42,7 @@ public:
 private:
     Outcome install()
     {
+        const int64_t processBefore = ReadInstallation().jobProcess;
         fController.applicationDidFinishLaunching();
         fFrontEnd.answerWindows(fController);
         fStatus = fController.error();
@@ -58,27 +50,27 @@ private:
             return Outcome::licenseNotAccepted;
         if (fStatus != noErr)
             return failure();
+        if (fController.operation() == AppController::kUpdate)
+            fReplacedProcess = processBefore;
         const bool repaired = repairAgent();
         if (fStatus != noErr)
             return failure();
         if (!repaired && !fFrontEnd.operationReported())
             return Outcome::nothingToDo;
-        return seenOnDisk([this](const Installation& found) { return installed(found); });
+        return seenOnDisk(&Run::installed);
     }
 
     Outcome uninstall()
     {
-        const auto gone = [](const Installation& found) { return found.gone(); };
         // Without an agent the menu offers no removal, but an interrupted one may have left the rest.
         if (!fController.validateMenuItem(AppController::kUninstallItem) && gone(ReadInstallation()))
             return Outcome::nothingToDo;
         fController.handleMenuSelection(AppController::kUninstallItem);
         fStatus = fController.error();
-        return fStatus == noErr ? seenOnDisk(gone) : failure();
+        return fStatus == noErr ? seenOnDisk(&Run::gone) : failure();
     }
 
-    /// An agent that is current, but not registered or not running, is what an interrupted installation
-    /// leaves.
+    /// An agent that is current, but not registered or not running, is what an interrupted installation leaves.
     /// @return whether there was something to repair.
     bool repairAgent()
     {
@@ -90,23 +82,55 @@ private:
         if (!currentFromStart || found.agentComplete(offered))
             return false;
         fFrontEnd.progress("The agent is installed but not in order; repairing it.");
-        const bool registered = found.launchAgent == Installation::LaunchAgent::whole;
-        fStatus = registered ? agent.startStopVelmoraProcess(true) : agent.update();
+        if (found.launchAgent == Installation::LaunchAgent::whole) {
+            fStatus = agent.startStopVelmoraProcess(true);
+        } else {
+            fReplacedProcess = found.jobProcess;
+            fStatus = agent.update();
+        }
         return true;
     }
 
-    bool installed(const Installation& found) const
+    bool installed(const Installation& found)
     {
-        const bool driverWanted = DriverInterface::driverInterfacePtr() != nullptr
-            && DriverInterface::driverInterfacePtr()->restartRequired();
+        AgentInstaller& agent = *AgentInstaller::agentInstallerPtr();
+        if (agent.installedVersionNewer())
+            return driverInstalled(found);
+        loadAgainIfLost(agent, found);
         return found.agentComplete(fController.versionAsNumVersionVariant())
-            && (!driverWanted || found.driverComplete(DriverInterface::carriedVersion()));
+            && found.jobProcess != fReplacedProcess && found.settingsOnDisk && driverInstalled(found);
     }
 
-    Outcome seenOnDisk(const std::function<bool(const Installation&)>& asItShouldBe) const
+    /// The driver is asked for only where the privileged tool was started.
+    static bool driverInstalled(const Installation& found)
     {
-        if (!WaitUntil(asItShouldBe, fOptions.wait))
-            return Outcome::notSeenOnDisk;
+        const DriverInterface* const driver = DriverInterface::driverInterfacePtr();
+        return driver == nullptr || !driver->restartRequired()
+            || found.driverComplete(DriverInterface::carriedVersion());
+    }
+
+    bool gone(const Installation& found) { return found.gone(); }
+
+    /// launchctl is not waited for, so a load can overtake the unload before it: then it is refused, because the agent
+    /// is still loaded, and the agent ends all the same.
+    void loadAgainIfLost(AgentInstaller& agent, const Installation& found)
+    {
+        const bool registered = found.launchAgent == Installation::LaunchAgent::whole;
+        if (fLoadedAgain || found.jobLoaded || !registered || Clock::now() < fWaitBegan + kGrace)
+            return;
+        fLoadedAgain = true;
+        agent.startStopVelmoraProcess(true);
+    }
+
+    /// Looks at the disk until it is as it should be or patience runs out.
+    Outcome seenOnDisk(bool (Run::*asItShouldBe)(const Installation&))
+    {
+        fWaitBegan = Clock::now();
+        while (!(this->*asItShouldBe)(ReadInstallation())) {
+            if (Clock::now() >= fWaitBegan + fOptions.wait)
+                return Outcome::notSeenOnDisk;
+            std::this_thread::sleep_for(kPause);
+        }
         return fFrontEnd.restartNeeded() ? Outcome::doneRestartNeeded : Outcome::done;
     }
 
@@ -119,6 +143,9 @@ private:
     AppController& fController;
     UnattendedFrontEnd& fFrontEnd;
     OSStatus fStatus = noErr;
+    int64_t fReplacedProcess = 0; ///< of the agent that had to go; 0 when there was none
+    Clock::time_point fWaitBegan;
+    bool fLoadedAgain = false;
 };
 
 }
@@ -137,6 +164,7 @@ Outcome RunUnattended(const Options& options)
     }
     report.offeredAgentVersion = controller.versionAsString().value_or("");
     report.offeredDriverVersion = VersionText(DriverInterface::carriedVersion());
+    report.restartNeeded = frontEnd.restartNeeded();
     report.installation = ReadInstallation();
     const std::string text = options.json ? ReportAsJSON(report) : ReportAsText(report);
     std::fputs(text.c_str(), stdout);

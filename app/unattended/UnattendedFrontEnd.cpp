@@ -35,8 +35,8 @@ constexpr Line kAlertLines[] = {
     { AppController::kUpdateFailed, "The update failed." },
     { AppController::kUninstallSucceeded, "The removal was carried out." },
     { AppController::kUninstallFailed, "The removal failed." },
-    { AppController::kOfferDriverInstall, "The driver is not installed." },
-    { AppController::kOfferDriverUpdate, "The installed driver is another version." },
+    { AppController::kOfferDriverInstall, "The driver is not installed; --driver installs it." },
+    { AppController::kOfferDriverUpdate, "The installed driver is another version; --driver replaces it." },
 };
 
 template <size_t Size> const char* TextOf(const Line (&lines)[Size], uint32_t number)
@@ -82,14 +82,14 @@ void UnattendedFrontEnd::answerLicense(AppController& controller)
 
 void UnattendedFrontEnd::answerInstallWindow(AppController& controller) const
 {
+    // The box that the window shows ticked is seen by nobody here: only a refusal says something, and it counts even
+    // where the window would have no box.
+    if (fOptions.noUsageData)
+        Preferences::preferencesPtr()->setCollectUsageInfo(false);
     if (!wantsOperation(controller.operation())) {
         controller.prepareToQuit();
         return;
     }
-    // The window's box starts ticked, but nobody sees it here: a refusal from earlier has to count.
-    Preferences* const preferences = Preferences::preferencesPtr();
-    if (controller.operation() == AppController::kInstall)
-        preferences->setCollectUsageInfo(preferences->collectUsageInfo() && !fOptions.noUsageData);
     controller.prepareToStartOperation();
 }
 

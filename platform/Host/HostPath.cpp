@@ -134,11 +134,12 @@ std::string HostRestartRequestPath() { return HostStartupVolume() + "/private/va
 
 void HostEnterHome()
 {
-    const std::string home = FolderFromEnvironment("CFFIXED_USER_HOME");
+    const std::string home = HostHomeFolder();
     if (home.empty())
         return;
     setenv("HOME", home.c_str(), 1);
-    unsetenv("XDG_DATA_HOME"); // it would keep the Trash in the home folder that was left
+    if (!FolderFromEnvironment("CFFIXED_USER_HOME").empty())
+        unsetenv("XDG_DATA_HOME"); // it would keep the Trash in the home folder that was left
 }
 
 #endif

@@ -21,12 +21,11 @@ bool HasTrustedOwner(const struct stat& info, bool trustsCaller)
     return info.st_uid == 0 || (trustsCaller && info.st_uid == geteuid());
 }
 
-/// In root's folders with the sticky bit, such as the one for temporary files, everybody may add entries but
-/// only an entry's owner may replace it.
+/// In a folder with the sticky bit, such as the one for temporary files, everybody may add entries, but only
+/// an entry's owner and the folder's, both trusted, may replace it.
 bool IsTrustedFolder(const struct stat& info, bool trustsCaller)
 {
-    const bool othersCannotReplace
-        = (info.st_mode & kOthersWrite) == 0 || ((info.st_mode & S_ISVTX) != 0 && info.st_uid == 0);
+    const bool othersCannotReplace = (info.st_mode & kOthersWrite) == 0 || (info.st_mode & S_ISVTX) != 0;
     return S_ISDIR(info.st_mode) && HasTrustedOwner(info, trustsCaller) && othersCannotReplace;
 }
 

@@ -1,10 +1,12 @@
 #include "StoreTesting.h"
 
 #include <array>
+#include <csignal>
 #include <thread>
 #include <vector>
 
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -56,7 +58,13 @@ protected:
         return Hold(
             CFPropertyListCreateWithData(nullptr, Data(home.read(file())).get(), 0, nullptr, nullptr));
     }
-    CFIndex storedCount() const { return CFDictionaryGetCount(static_cast<CFDictionaryRef>(stored().get())); }
+    /// @return the number of keys in the file, -1 when it is no dictionary.
+    CFIndex storedCount() const
+    {
+        const Held<CFPropertyListRef> plist = stored();
+        const bool isDictionary = plist && CFGetTypeID(plist.get()) == CFDictionaryGetTypeID();
+        return isDictionary ? CFDictionaryGetCount(static_cast<CFDictionaryRef>(plist.get())) : -1;
+    }
 
     TemporaryFolder home;
     Environment homeVariable { "CFFIXED_USER_HOME", home.path().c_str() };
@@ -168,6 +176,26 @@ TEST_F(PreferencesTest, AFolderThatCannotBeMadeFailsUntilItCan)
     set("a", Integer(1).get());
     EXPECT_FALSE(synchronize());
     EXPECT_FALSE(home.has("no"));
+}
+
+TEST_F(PreferencesTest, AFullDiskLeavesTheFileWholeAndTheChangesHeld)
+{
+    writeFile("theirs", 1);
+    const std::string before = home.read(file());
+    set("mine", Integer(2).get());
+    rlimit old {};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const rlimit none { 0, old.rlim_max };
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &none);
+    const bool wasWritten = synchronize();
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_FALSE(wasWritten);
+    EXPECT_EQ(home.read(file()), before);
+    EXPECT_EQ(number("mine"), 2);
+    EXPECT_TRUE(synchronize());
+    EXPECT_EQ(storedCount(), 2);
 }
 
 TEST_F(PreferencesTest, ConcurrentWritersLoseNothing)

@@ -152,6 +152,12 @@ TEST(PropertyListTest, EveryKindOfValueSurvivesInBothFormats)
     ExpectSurvives(Text("a string alone").get(), kCFPropertyListXMLFormat_v1_0);
 }
 
+TEST(PropertyListTest, CarriageReturnsAreEscapedForOtherReadersOfXML)
+{
+    const std::string xml = Bytes(Written(CFSTR("one\r\ntwo"), kCFPropertyListXMLFormat_v1_0).get());
+    EXPECT_NE(xml.find("one&#13;\ntwo"), std::string::npos) << xml;
+}
+
 TEST(PropertyListTest, NegativeAndUnsignedIntegersAreToldApart)
 {
     const Held<CFPropertyListRef> list = ReadXML(

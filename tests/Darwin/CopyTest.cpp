@@ -151,7 +151,7 @@ TEST(Copy, OwnerAndSetIdBitsAreKeptTogetherOrNotAtAll)
 
 TEST(Copy, TreeDeeperThanAnyPathNeedsFewDescriptors)
 {
-    constexpr int depth = 10000;
+    constexpr int depth = 4000;
     const TemporaryFolder folder;
     fs::create_directory(folder / "tree");
     const int original = Descend(folder / "tree", depth, true);

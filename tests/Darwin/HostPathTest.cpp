@@ -115,21 +115,21 @@ TEST_F(HostPathTest, NewPathsBelongToTheVolumeWhereItHasTheirFirstFolder)
     EXPECT_EQ(HostPath(""), "");
 }
 
-TEST_F(HostPathTest, FixedHomeIsEnteredWithItsTrash)
+TEST_F(HostPathTest, TheHomeIsEnteredByEverythingInTheProcess)
 {
-    setenv("XDG_DATA_HOME", "/elsewhere", 1);
-    unsetenv("CFFIXED_USER_HOME");
     const char* const home = getenv("HOME");
     const std::string before = home != nullptr ? home : "/";
-    setenv("HOME", before.c_str(), 1);
+    setenv("XDG_DATA_HOME", "/elsewhere", 1);
+    setenv("HOME", "/misleading", 1);
+    unsetenv("CFFIXED_USER_HOME");
     HostEnterHome();
-    EXPECT_EQ(getenv("HOME"), before);
+    EXPECT_EQ(getenv("HOME"), HostHomeFolder());
     EXPECT_STREQ(getenv("XDG_DATA_HOME"), "/elsewhere");
     setenv("CFFIXED_USER_HOME", (volume + "/Users/me/").c_str(), 1);
     HostEnterHome();
     EXPECT_EQ(HostHomeFolder(), volume + "/Users/me");
     EXPECT_EQ(getenv("HOME"), volume + "/Users/me");
-    EXPECT_EQ(getenv("XDG_DATA_HOME"), nullptr);
+    EXPECT_EQ(getenv("XDG_DATA_HOME"), nullptr) << "the Trash lies in the fixed home too";
     unsetenv("CFFIXED_USER_HOME");
     setenv("HOME", before.c_str(), 1);
 }

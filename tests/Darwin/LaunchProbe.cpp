@@ -47,7 +47,7 @@ int Report(int argc, char** argv)
     std::ofstream report(file + ".part");
     report << "descriptors:" << descriptors << "\n";
     report << "empty input: " << IsInputEmpty() << "\n";
-    report << "own session: " << (getsid(0) != getsid(getppid())) << "\n";
+    report << "session: " << getsid(0) << "\n";
     report << "user: " << getuid() << ' ' << geteuid() << "\n";
     report << "name: " << argv[0] << "\n";
     for (int i = 3; i < argc; ++i)

@@ -191,6 +191,17 @@ TEST_F(AppControllerTest, UninstallWorksEvenWhileTheLicenseShows)
     EXPECT_THAT(frontEnd.events, ElementsAre("license", "alert 5", "restart", "terminate"));
     EXPECT_THAT(frontEnd.states, ElementsAre(1, 2, 10, 11, 12, 14));
     EXPECT_FALSE(fs::exists(volume.agent()));
+    const size_t before = frontEnd.events.size();
+    controller.goToNextState();
+    EXPECT_EQ(frontEnd.events.size(), before) << "the license window that closes now starts nothing again";
+}
+
+TEST_F(AppControllerTest, AFailedRemovalOfTheDriverIsReported)
+{
+    breakDriverTool();
+    volume.installAgent("2.1").installDriver("1.2");
+    startedWithLicense().handleMenuSelection(AppController::kUninstallItem);
+    EXPECT_THAT(frontEnd.events, ElementsAre("install window", "alert 6", "terminate"));
 }
 
 TEST_F(AppControllerTest, AFailedRemovalOfTheAgentKeepsTheDriver)
@@ -250,10 +261,13 @@ TEST_F(AppControllerTest, NoAlertIsShownForNumberZero)
 TEST_F(AppControllerTest, MenusAreTitledInTheBundlesLanguage)
 {
     TestVolume::write(volume.resources() / "en.lproj/Localizable.strings",
-        "\"kAboutMenuItem\" = \"About It\";\n\"kHelpMenu\" = \"Help\";\n");
+        "\"kAboutMenuItem\" = \"About It\"; \"kUninstallMenuItem\" = \"Remove It\"; \"kHelpMenu\" = \"Help\";"
+        "\"kHelpMenuItem\" = \"Help on It\";");
     AppController::init(frontEnd)->awakeFromNib();
     EXPECT_EQ(frontEnd.menuTitles[101], "About It");
+    EXPECT_EQ(frontEnd.menuTitles[102], "Remove It");
     EXPECT_EQ(frontEnd.menuTitles[200], "Help");
+    EXPECT_EQ(frontEnd.menuTitles[201], "Help on It");
     EXPECT_EQ(frontEnd.menuTitles[103], "kQuitMenuItem") << "a missing text shows its key";
     EXPECT_EQ(frontEnd.menuTitles.size(), 5U);
 }

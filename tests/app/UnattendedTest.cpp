@@ -4,7 +4,7 @@
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -57,6 +57,7 @@ TEST_F(UnattendedTest, InstallsUpdatesAndRemovesForReal)
     EXPECT_THAT(output, HasSubstr("Updating the agent."));
     EXPECT_TRUE(fs::exists(volume.extensions() / "ZEKDockChargingSupport.kext"));
     EXPECT_EQ(volume.preferences()[kLicenseKey], "1") << "an update keeps the settings";
+    EXPECT_GT(Installer::agentProcess(), 0);
     EXPECT_NE(Installer::agentProcess(), agent) << "the new agent runs";
 
     EXPECT_EQ(run("--unattended uninstall"), 3) << output;
@@ -99,7 +100,7 @@ TEST_F(UnattendedTest, TheDriverAloneIsInstalledOnRequest)
     ASSERT_EQ(run("--unattended install --accept-license"), 3) << output;
     fs::remove_all(volume.extensions() / "ZEKDockChargingSupport.kext");
     EXPECT_EQ(run("--unattended install"), 6);
-    EXPECT_THAT(output, HasSubstr("The driver is not installed."));
+    EXPECT_THAT(output, HasSubstr("The driver is not installed; --driver installs it."));
     EXPECT_EQ(run("--unattended install --driver"), 3) << output;
     EXPECT_TRUE(fs::exists(volume.extensions() / "ZEKDockChargingSupport.kext"));
 }
@@ -134,32 +135,53 @@ TEST_F(UnattendedTest, FailuresAreReportedAsSuch)
     EXPECT_THAT(output, HasSubstr("Error -54: a folder could not be made"));
     fs::remove_all(volume.support());
 
-    // Someone else's start-up volume gives an ordinary user no rights.
-    if (geteuid() == 0) {
-        for (const auto& entry : fs::recursive_directory_iterator(volume.home()))
-            ASSERT_EQ(lchown(entry.path().c_str(), 65534, 65534), 0);
-        ASSERT_EQ(chown(volume.home().c_str(), 65534, 65534), 0);
-        fs::permissions(volume.root().parent_path(), fs::perms(0755));
-        const pid_t child = fork();
-        if (child == 0) {
-            if (setgid(65534) != 0 || setuid(65534) != 0)
-                _exit(255);
-            _exit(run("--unattended install --accept-license"));
-        }
-        int status = 0;
-        waitpid(child, &status, 0);
-        EXPECT_EQ(WEXITSTATUS(status), 5);
-        const pid_t agent = Installer::agentProcess();
-        EXPECT_EQ(agent, 0) << "the stranger's agent is not root's";
-        const pid_t cleaner = fork();
-        if (cleaner == 0) {
-            if (setgid(65534) != 0 || setuid(65534) != 0)
-                _exit(255);
-            _exit(run("--unattended uninstall"));
-        }
-        waitpid(cleaner, &status, 0);
-        EXPECT_EQ(WEXITSTATUS(status), 0);
-    }
+    fs::remove_all(installer.bundle() / "Contents/Resources/ZEK Velmora.app");
+    EXPECT_EQ(run("--unattended install"), 1) << output;
+    EXPECT_THAT(output, HasSubstr("Error -43"));
+}
+
+TEST_F(UnattendedTest, SomebodyElsesVolumeGivesAnOrdinaryUserNoRights)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can become somebody else";
+    for (const auto& entry : fs::recursive_directory_iterator(volume.home()))
+        ASSERT_EQ(lchown(entry.path().c_str(), 65534, 65534), 0);
+    ASSERT_EQ(chown(volume.home().c_str(), 65534, 65534), 0);
+    EXPECT_EQ(AsStranger([this] { return run("--unattended install --accept-license"); }), 5);
+    EXPECT_EQ(Installer::agentProcess(), 0) << "the stranger's agent is not root's";
+    EXPECT_EQ(AsStranger([this] { return run("--unattended uninstall"); }), 0);
+    EXPECT_TRUE(fs::exists(volume.trash() / "ZEK Velmora.app"));
+}
+
+TEST_F(UnattendedTest, AnUpdateIsDoneOnlyWhenTheNewAgentRuns)
+{
+    ASSERT_EQ(run("--unattended install --accept-license"), 3) << output;
+    const pid_t old = Installer::agentProcess();
+    TestVolume::writeBundle(volume.agent(), "1.0", "1.0");
+    // An unload that is so slow that the load overtakes it and is refused.
+    const std::string real = HostPath("/bin/launchctl");
+    TestVolume::write(volume.root() / "bin/launchctl",
+        "#!/bin/sh\n[ \"$1\" = unload ] && sleep 0.4\nexec '" + real + "' \"$@\"\n");
+    fs::permissions(volume.root() / "bin/launchctl", fs::perms(0755));
+    EXPECT_EQ(run("--unattended update"), 0) << output;
+    EXPECT_GT(Installer::agentProcess(), 0);
+    EXPECT_NE(Installer::agentProcess(), old);
+}
+
+TEST_F(UnattendedTest, ANewerAgentStaysAndTheDriverIsInstalledOnRequest)
+{
+    TestVolume::writeBundle(volume.agent(), "9.0", "9.0");
+    EXPECT_EQ(run("--unattended install --accept-license"), 6) << output;
+    EXPECT_EQ(run("--unattended install --driver --wait 2"), 3) << output;
+    EXPECT_TRUE(fs::exists(volume.extensions() / "ZEKDockChargingSupport.kext"));
+}
+
+TEST_F(UnattendedTest, SettingsThatCannotBeStoredAreNoSuccess)
+{
+    // A folder in the file's place stops root too.
+    TestVolume::write(volume.preferencesFile() / "inside", "");
+    EXPECT_EQ(run("--unattended install --accept-license --no-usage-data --wait 1"), 7) << output;
+    fs::remove_all(volume.preferencesFile());
 }
 
 TEST_F(UnattendedTest, AResultThatIsNotOnTheDiskIsNotSuccess)
@@ -168,6 +190,8 @@ TEST_F(UnattendedTest, AResultThatIsNotOnTheDiskIsNotSuccess)
     fs::copy_file("/bin/true", installer.bundle() / "Contents/Resources/driverinstall",
         fs::copy_options::overwrite_existing);
     EXPECT_EQ(run("--unattended install --accept-license --wait 1"), 7) << output;
+    fs::remove_all(installer.bundle() / "Contents/Resources/ZEKDockChargingSupport.kext");
+    EXPECT_EQ(run("--unattended install --driver --wait 1"), 7) << "a driver that is not carried: " << output;
 }
 
 TEST_F(UnattendedTest, StatusAndJSONTellWhatIsThere)

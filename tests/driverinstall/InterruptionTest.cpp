@@ -3,7 +3,6 @@
 
 #include "tests/driverinstall/Trial.h"
 
-#include <algorithm>
 #include <fstream>
 
 namespace fs = std::filesystem;
@@ -28,17 +27,24 @@ bool ChangesDisk(const std::string& call, const std::string& line)
     return call != "flock" && call != "getdents64" && call != "read";
 }
 
+using Arguments = std::vector<std::string>;
+
+/// A run to be interrupted, where version 1 is installed.
+struct Plan {
+    Arguments arguments;
+    std::vector<Arguments> outcomes; ///< the snapshots of which one has to be there, that of success last
+    Arguments injections = {}; ///< what goes wrong besides
+    bool atOnce = true; ///< whether an outcome has to be there already before the next run
+};
+
 class InterruptionTest : public Trial {
 protected:
-    using Arguments = std::vector<std::string>;
-
     void SetUp() override
     {
         if (Child({ STRACE, "-o", "/dev/null", "/bin/true" }, {}, root / "errors").wait().status != 0)
             GTEST_SKIP() << "strace may not trace here: runs cannot be interrupted";
     }
 
-    /// Makes the folder of extensions hold version 1, and a second, unrelated extension.
     void reset() const
     {
         fs::remove_all(extensions);
@@ -49,26 +55,21 @@ protected:
     {
         Arguments command
             = { STRACE, "-qq", "-o", (root / "trace").string(), "-e", std::string("trace=") + watchedCalls };
-        for (const std::string& injection : injections) {
-            command.emplace_back("-e");
-            command.push_back("inject=" + injection);
-        }
+        for (const std::string& injection : injections)
+            command.insert(command.end(), { "-e", "inject=" + injection });
         return command;
     }
 
-    /// The moments of an undisturbed run, beginning with the lock.
-    std::vector<Moment> moments(const Arguments& arguments, const Arguments& injections = {})
+    /// The moments of the run when nothing more goes wrong, beginning with the lock.
+    std::vector<Moment> moments(const Plan& plan)
     {
         reset();
-        EXPECT_EQ(run(arguments, tracer(injections)).status, 0);
+        EXPECT_EQ(run(plan.arguments, tracer(plan.injections)).status, 0);
         std::map<std::string, int> counts;
         std::vector<Moment> found;
         std::ifstream trace(root / "trace");
         for (std::string line; std::getline(trace, line);) {
-            const size_t end = line.find('(');
-            if (end == std::string::npos)
-                continue;
-            const std::string call = line.substr(0, end);
+            const std::string call = line.substr(0, line.find('('));
             const int ordinal = ++counts[call];
             if (counts.contains("flock"))
                 found.push_back({ call, ordinal, ChangesDisk(call, line) });
@@ -77,70 +78,59 @@ protected:
         return found;
     }
 
-    /// Ends a run at `moment` as `how` says and checks what is left, then and after the next run.
-    /// @param outcomes the snapshots of which one has to be there. @param atOnce whether already before the
-    /// next run.
-    void interrupt(const Arguments& arguments, Arguments injections, const Moment& moment,
-        const std::string& how, const std::vector<std::vector<std::string>>& outcomes, bool atOnce = true)
+    /// Ends the run at `moment` as `how` says and checks what is left, then and after the next run.
+    void interrupt(const Plan& plan, const Moment& moment, const std::string& how)
     {
         const std::string injection = moment.call + ":" + how + ":when=" + std::to_string(moment.ordinal);
-        SCOPED_TRACE(arguments[0] + " with " + injection);
         reset();
+        Arguments injections = plan.injections;
         injections.push_back(injection);
-        const Ended ended = run(arguments, tracer(injections));
-        const bool isKill = how.starts_with("signal");
-        EXPECT_EQ(ended.status > 127, isKill) << ended.status << " " << ended.errors;
-        const std::vector<std::string> left = snapshot(installed);
-        EXPECT_TRUE(!atOnce || std::count(outcomes.begin(), outcomes.end(), left) == 1)
-            << ended.errors << testing::PrintToString(left);
-        EXPECT_TRUE(ended.status != 0 || left == outcomes.back()) << testing::PrintToString(left);
+        const Ended ended = run(plan.arguments, tracer(injections));
+        SCOPED_TRACE(plan.arguments[0] + " with " + injection + ": " + ended.errors);
+        EXPECT_EQ(ended.status > 127, how.starts_with("signal")) << ended.status;
+        const Arguments left = snapshot(installed);
+        EXPECT_TRUE(ended.status != 0 || left == plan.outcomes.back()) << testing::PrintToString(left);
 
         EXPECT_EQ(run({ "uninstall", "drivername", "Absent.kext" }).status, 0);
-        const std::vector<std::string> after = snapshot(installed);
-        EXPECT_THAT(outcomes, testing::Contains(after));
-        EXPECT_TRUE(!atOnce || after == left) << testing::PrintToString(after);
+        const Arguments after = snapshot(installed);
+        EXPECT_THAT(plan.outcomes, testing::Contains(after));
+        EXPECT_TRUE(!plan.atOnce || after == left) << testing::PrintToString(left);
         EXPECT_EQ(entries(), after.empty() ? Arguments {} : Arguments { name });
     }
+
+    Plan update = { installArguments(), { whole("1"), whole("2") } };
+    Plan removal = { { "uninstall", "drivername", name }, { whole("1"), {} } };
 };
 
-TEST_F(InterruptionTest, AKilledUpdateLeavesTheOldOrTheNewExtensionWhole)
+TEST_F(InterruptionTest, AKilledRunLeavesTheOldOrTheNewStateWhole)
 {
-    for (const Moment& moment : moments(installArguments())) {
-        if (moment.changesDisk)
-            interrupt(installArguments(), {}, moment, "signal=KILL", { whole("1"), whole("2") });
-    }
-}
-
-TEST_F(InterruptionTest, AKilledUninstallLeavesTheOldExtensionWholeOrNothing)
-{
-    const Arguments arguments = { "uninstall", "drivername", name };
-    for (const Moment& moment : moments(arguments)) {
-        if (moment.changesDisk)
-            interrupt(arguments, {}, moment, "signal=KILL", { whole("1"), {} });
+    for (const Plan& plan : { update, removal }) {
+        for (const Moment& moment : moments(plan)) {
+            if (moment.changesDisk)
+                interrupt(plan, moment, "signal=KILL");
+        }
     }
 }
 
 TEST_F(InterruptionTest, WhereTheFileSystemCannotSwapTheNextRunRestoresWhatAKilledUpdateLeft)
 {
-    const Arguments noSwap = { "renameat2:error=EINVAL" };
+    update.injections = { "renameat2:error=EINVAL" };
+    update.atOnce = false;
     bool staged = false;
-    for (const Moment& moment : moments(installArguments(), noSwap)) {
+    for (const Moment& moment : moments(update)) {
         staged = staged || moment.call == "renameat";
         if (staged && moment.changesDisk)
-            interrupt(installArguments(), noSwap, moment, "signal=KILL", { whole("1"), whole("2") }, false);
+            interrupt(update, moment, "signal=KILL");
     }
     EXPECT_TRUE(staged);
 }
 
-TEST_F(InterruptionTest, AFailedCallLeavesTheOldOrTheNewExtensionWhole)
+TEST_F(InterruptionTest, AFailedCallLeavesTheOldOrTheNewStateWhole)
 {
-    const std::vector<Moment> updating = moments(installArguments());
-    for (size_t index = 0; index < updating.size(); index += 2)
-        interrupt(installArguments(), {}, updating[index], index % 4 == 0 ? "error=EIO" : "error=ENOSPC",
-            { whole("1"), whole("2") });
-    const Arguments arguments = { "uninstall", "drivername", name };
-    for (const Moment& moment : moments(arguments))
-        interrupt(arguments, {}, moment, "error=EIO", { whole("1"), {} });
+    for (const Plan& plan : { update, removal }) {
+        for (const Moment& moment : moments(plan))
+            interrupt(plan, moment, moment.ordinal % 2 == 0 ? "error=EIO" : "error=ENOSPC");
+    }
 }
 
 TEST_F(InterruptionTest, AFullDiskKeepsTheOldExtensionAndGivesTheSpaceBackAtOnce)
@@ -150,6 +140,18 @@ TEST_F(InterruptionTest, AFullDiskKeepsTheOldExtensionAndGivesTheSpaceBackAtOnce
     EXPECT_EQ(run(installArguments(), tracer({ "mkdirat:error=ENOSPC:when=2+" })).status, 74);
     EXPECT_EQ(snapshot(installed), whole("1"));
     EXPECT_EQ(entries(), Arguments { name });
+    fs::remove_all(extensions);
+    EXPECT_EQ(run(installArguments(), tracer({ "/^mkdir:error=ENOSPC" })).status, 74);
+}
+
+TEST_F(InterruptionTest, EvenARefusedCallOpensNothingThatItsEnvironmentNames)
+{
+    Arguments command = tracer({});
+    command.insert(command.end(), { "-E", "TZ=:/named/zone" });
+    EXPECT_EQ(run({ "uninstall" }, command).status, 64);
+    std::ifstream trace(root / "trace");
+    for (std::string line; std::getline(trace, line);)
+        EXPECT_EQ(line.find("/named/zone"), std::string::npos) << line;
 }
 
 }

@@ -21,11 +21,6 @@ std::string ReadText(const fs::path& file)
     return { std::istreambuf_iterator<char>(stream), {} };
 }
 
-std::string Shortened(const std::string& text)
-{
-    return text.size() < 1000 ? text : std::to_string(std::hash<std::string>()(text));
-}
-
 [[noreturn]] void Become(const std::vector<std::string>& command, const Child::Environment& added,
     const fs::path& errors, uid_t user)
 {
@@ -67,7 +62,7 @@ Ended Child::wait() const
     int status = 0;
     if (waitpid(fProcess, &status, 0) != fProcess)
         return {};
-    return { WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), errors() };
+    return { WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), errors() };
 }
 
 void WriteText(const fs::path& file, const std::string& text)
@@ -151,8 +146,9 @@ std::vector<std::string> Trial::snapshot(const fs::path& folder)
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder, error)) {
         struct stat info { };
         EXPECT_EQ(lstat(entry.path().c_str(), &info), 0);
+        const size_t hash = std::hash<std::string>()(entry.is_regular_file() ? ReadText(entry.path()) : "");
         lines.push_back(entry.path().lexically_relative(folder).string() + " " + std::to_string(info.st_mode)
-            + " " + (entry.is_regular_file() ? Shortened(ReadText(entry.path())) : ""));
+            + " " + std::to_string(hash));
     }
     std::sort(lines.begin(), lines.end());
     return lines;

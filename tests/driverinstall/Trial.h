@@ -7,8 +7,7 @@
 #include <sys/types.h>
 #include <vector>
 
-/// How a program ended: its exit status, or 128 plus the signal that ended it; and what it wrote to standard
-/// error.
+/// How a program ended: its exit status, or 128 plus its signal, and what it wrote to standard error.
 struct Ended {
     int status = -1;
     std::string errors;
@@ -19,8 +18,9 @@ class Child {
 public:
     using Environment = std::map<std::string, std::string>;
 
-    /// @param command path and arguments. @param errors the file that receives standard error. @param user to
-    /// run as; 0 for the same.
+    /// @param command path and arguments.
+    /// @param errors the file that receives standard error.
+    /// @param user to run as; 0 for the same.
     Child(const std::vector<std::string>& command, const Environment& added, std::filesystem::path errors,
         uid_t user = 0);
 
@@ -35,6 +35,9 @@ private:
     pid_t fProcess = -1;
 };
 
+constexpr uid_t nobody = 65534; ///< a user who owns nothing here
+
+/// Makes the folders on the way, too.
 void WriteText(const std::filesystem::path& file, const std::string& text);
 
 /// A temporary start-up volume, a folder of bundles to install from, and the real tool.
@@ -66,8 +69,7 @@ protected:
 
     /// Writes a bundle with the modes that an installed one has.
     static void makeBundle(const std::filesystem::path& folder, const std::string& version);
-    /// Every entry of a bundle with its kind, mode and contents (long ones by their hash); empty when there
-    /// is no such folder.
+    /// Every entry of a bundle with its kind, mode and the hash of its contents; empty without such a folder.
     static std::vector<std::string> snapshot(const std::filesystem::path& folder);
     /// The snapshot of an installed bundle of that version.
     std::vector<std::string> whole(const std::string& version);

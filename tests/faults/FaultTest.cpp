@@ -11,14 +11,15 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kInstall = "--unattended install --accept-license --driver --wait 2";
+constexpr const char* kForeignKey = "Somebody Else's";
 constexpr const char* kUninstall = "--unattended uninstall --wait 2";
 
-/// Every call takes its turn when this is 1; otherwise as many calls are passed over each time as to keep a
-/// run short.
+/// Calls that only look take their turn each when this is 1; otherwise most of them are passed over to keep a run
+/// short. Those that change something always do.
 size_t Step()
 {
     const char* const step = std::getenv("ZEK_FAULT_STEP");
-    return step != nullptr ? std::strtoul(step, nullptr, 10) : 17;
+    return step != nullptr ? std::strtoul(step, nullptr, 10) : 60;
 }
 
 /// Every file below a folder by its relative name, with its content; folders have none.
@@ -34,6 +35,12 @@ std::map<std::string, std::string> Content(const fs::path& folder)
 /// One volume on which the installer runs, is disturbed, and runs again.
 class Trial {
 public:
+    Trial()
+    {
+        TestVolume::write(volume.preferencesFile(),
+            "<plist version=\"1.0\"><dict><key>" + std::string(kForeignKey)
+                + "</key><string>kept</string></dict></plist>");
+    }
     ~Trial()
     {
         if (fs::exists(volume.launchAgent()))
@@ -45,9 +52,7 @@ public:
     /// What must hold whenever the installer has ended, however it did.
     void checkNothingIsTorn() const
     {
-        if (fs::exists(volume.preferencesFile())) {
-            EXPECT_TRUE(TestVolume::isPropertyList(volume.preferencesFile())) << "the preferences are torn";
-        }
+        EXPECT_EQ(volume.preferences()[kForeignKey], "kept") << "the preferences are torn or lost";
         if (fs::exists(volume.launchAgent())) {
             EXPECT_TRUE(TestVolume::isPropertyList(volume.launchAgent())) << "the LaunchAgent is torn";
         }
@@ -65,7 +70,7 @@ public:
     {
         return !fs::exists(volume.support()) && !fs::exists(volume.launchAgent())
             && Installer::agentProcess() == 0 && fs::is_empty(volume.extensions())
-            && volume.preferences().empty();
+            && volume.preferences().size() == 1;
     }
     fs::path carriedAgent() const { return installer.bundle() / "Contents/Resources/ZEK Velmora.app"; }
 
@@ -94,10 +99,13 @@ protected:
     {
         const std::vector<SystemCall> calls = callsOf(prepare, command);
         ASSERT_GT(calls.size(), 100U) << "the trace does not show the installer's work";
-        for (size_t i = 0; i < calls.size(); i += Step()) {
+        for (size_t i = 0; i < calls.size(); ++i) {
+            if (!calls[i].changes && i % Step() != 0)
+                continue;
             SCOPED_TRACE(std::string(GetParam()) + " in " + calls[i].name + " number "
                 + std::to_string(calls[i].ordinal));
-            disturbOnce(prepare, command, FaultCommand(calls[i], GetParam()), achieved);
+            disturbOnce(
+                prepare, command, FaultCommand(calls[i], std::string_view(GetParam()) == "kill"), achieved);
         }
     }
 
@@ -146,4 +154,4 @@ TEST_P(FaultTest, ARemovalIsCompleteOrCompletedByTheNextRun)
     disturb(kInstall, kUninstall, &Trial::isGone);
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, FaultTest, ::testing::Values("KILL", "EIO", "ENOSPC"));
+INSTANTIATE_TEST_SUITE_P(Faults, FaultTest, ::testing::Values("kill", "error"));

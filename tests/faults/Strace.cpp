@@ -17,6 +17,14 @@ bool MayFail(const std::string& name)
     return !name.empty() && !others.contains(name);
 }
 
+bool Changes(const std::string& name, const std::string& line)
+{
+    static const std::set<std::string> always { "write", "fsync", "rename", "renameat", "renameat2", "mkdir",
+        "mkdirat", "unlink", "unlinkat", "rmdir", "copy_file_range", "fchmod", "fchmodat", "utimensat",
+        "symlinkat", "flock" };
+    return always.contains(name) || (name == "openat" && line.find("O_CREAT") != std::string::npos);
+}
+
 }
 
 std::string TraceCommand(const std::filesystem::path& output)
@@ -36,7 +44,7 @@ std::vector<SystemCall> ReadTrace(const std::filesystem::path& output, const std
         const size_t ordinal = ++ordinals[name];
         started = started || line.find(marker) != std::string::npos;
         if (started && MayFail(name))
-            calls.push_back({ name, ordinal });
+            calls.push_back({ name, ordinal, Changes(name, line) });
     }
     return calls;
 }

@@ -9,6 +9,7 @@
 struct SystemCall {
     std::string name;
     size_t ordinal;
+    bool changes; ///< whether it changes what is on the disk
 };
 
 /// The command that runs a program and writes its file-system calls, not those of its children, to a file.

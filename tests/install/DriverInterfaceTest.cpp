@@ -72,7 +72,7 @@ TEST_F(DriverInterfaceTest, InstallCallsTheToolAndNeedsARestart)
     EXPECT_TRUE(driver.canInstall()) << "the answers are those of the start";
 }
 
-TEST_F(DriverInterfaceTest, TheEarlierGenerationGoesFirst)
+TEST_F(DriverInterfaceTest, TheEarlierGenerationIsRemovedWithAnUpdate)
 {
     volume.installDriver("1.0", kOldDriver);
     EXPECT_EQ(DriverInterface::init()->update(), noErr);
@@ -117,7 +117,9 @@ TEST_F(DriverInterfaceTest, AToolThatCannotBeStartedIsReportedAndNeedsNoRestart)
     EXPECT_EQ(driver.update(), errAuthorizationToolExecuteFailure);
     EXPECT_EQ(driver.uninstall(), errAuthorizationToolExecuteFailure);
     EXPECT_FALSE(driver.restartRequired());
-    EXPECT_EQ(volume.calls(), "");
+    fs::permissions(volume.resources() / "driverinstall", fs::perms(0755));
+    EXPECT_EQ(driver.callDriverInstallWithArguments({ "allowed" }), noErr);
+    EXPECT_EQ(recordedCalls("allowed\n\n"), "allowed\n\n") << "nothing was started before";
 }
 
 TEST_F(DriverInterfaceTest, AFailureForgetsThatARestartWasNeeded)

@@ -48,6 +48,8 @@ TEST(NumVersion, TextBecomesTheWholeThatOrdersVersions)
         { "1.2.3 7", 0x01238000 },
         { "1.123", 0x01C08000 },
         { "1.2 ", 0x01208000 },
+        { "1.2b3x", 0x01206003 },
+        { "1.2.3 7x", 0x01238000 },
     };
     for (const auto& each : cases)
         EXPECT_EQ(Parsed(each.text), each.whole) << each.text;

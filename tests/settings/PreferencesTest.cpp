@@ -73,7 +73,7 @@ TEST_F(PreferencesTest, StoredValuesAreReadWhateverTypeTheyHave)
         = stored("<key>Agent Version</key><string>1.2b3</string>"
                  "<key>Launch At Login</key><integer>0</integer>"
                  "<key>Collect Usage Info</key><string>NO</string>"
-                 "<key>Check For Updates</key><real>0.5</real>"
+                 "<key>Check For Updates</key><string> Yes</string>"
                  "<key>Last Check For Updates Timestamp</key><string>12.5</string>"
                  "<key>Last Displayed Version Of End User License</key><real>1.9</real>"
                  "<key>Update Later Timestamp</key><integer>77</integer>");
@@ -196,6 +196,9 @@ TEST_F(PreferencesTest, CachedWritesReachTheDiskOnceAndTogether)
     EXPECT_THAT(volume.preferences(),
         UnorderedElementsAre(
             Pair("Launch At Login", "false"), Pair("Last Displayed Version Of End User License", "1")));
+    fs::remove(volume.preferencesFile());
+    preferences.checkForCachedWrites();
+    EXPECT_FALSE(fs::exists(volume.preferencesFile())) << "nothing was held back any more";
     preferences.setLaunchAtLogin(true);
     EXPECT_EQ(volume.preferences().size(), 1U) << "after caching, writes are immediate again";
 }
@@ -256,11 +259,17 @@ TEST_F(PreferencesTest, ADomainThatCouldNotBeReadIsAddedToRatherThanReplaced)
     // A folder where the file should be cannot be read, by root either.
     TestVolume::write(volume.preferencesFile() / "inside", "");
     Preferences& preferences = *Preferences::init();
+    preferences.setCheckForUpdates(false);
+    EXPECT_FALSE(Preferences::synchronize()) << "it waits for the disk to take it";
     fs::remove_all(volume.preferencesFile());
     TestVolume::write(volume.preferencesFile(),
-        "<plist version=\"1.0\"><dict><key>Launch At Login</key><false/></dict></plist>");
+        "<plist version=\"1.0\"><dict><key>Launch At Login</key><false/><key>Agent Version</key>"
+        "<string>1.0</string></dict></plist>");
     preferences.setLastDisplayedVersionOfEndUserLicense(1);
+    EXPECT_TRUE(Preferences::synchronize());
     EXPECT_THAT(volume.preferences(),
-        UnorderedElementsAre(
-            Pair("Launch At Login", "false"), Pair("Last Displayed Version Of End User License", "1")));
+        UnorderedElementsAre(Pair("Launch At Login", "false"), Pair("Agent Version", "1.0"),
+            Pair("Check For Updates", "false"), Pair("Last Displayed Version Of End User License", "1")));
+    preferences.removeAllPreferences();
+    EXPECT_THAT(volume.preferences(), IsEmpty()) << "what is removed goes, seen before or not";
 }

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -177,6 +178,16 @@ void TestVolume::writeBundle(const fs::path& bundle, const std::string& shortVer
         R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)"
             + entry("CFBundleIdentifier", identifier) + entry("CFBundleShortVersionString", shortVersion)
             + entry("CFBundleVersion", bundleVersion) + "</dict></plist>");
+}
+
+int AsStranger(const std::function<int()>& body)
+{
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(setgid(65534) == 0 && setuid(65534) == 0 ? body() : 255);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 bool Eventually(const std::function<bool()>& condition)

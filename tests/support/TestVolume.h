@@ -59,5 +59,9 @@ private:
     std::filesystem::path fFolder;
 };
 
+/// Runs `body` in a process of an ordinary user (65534) who owns nothing of the volume. Needs root.
+/// @return what `body` answered; 255 when that user could not be become, -1 when the process crashed.
+int AsStranger(const std::function<int()>& body);
+
 /// Waits, at most ten seconds, until the condition holds. @return whether it does.
 bool Eventually(const std::function<bool()>& condition);

@@ -13,26 +13,29 @@ constexpr size_t largestInfoPList = size_t { 1 } << 20;
 
 Outcome Wrong(const std::string& text) { return { ExitCode::checkFailed, text }; }
 
-/// Reads all of a file that is known to be a plain one. @return 0, EFBIG or the errno of the read.
-int ReadAll(int file, std::vector<UInt8>& bytes)
+/// @param contents "Contents/", or "" for a bundle without that folder.
+Outcome ReadInfoPList(int bundle, const std::string& contents, std::vector<UInt8>& bytes)
 {
+    const FileDescriptor file(
+        openat(bundle, (contents + "Info.plist").c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     struct stat info { };
-    if (fstat(file, &info) != 0)
-        return errno;
-    if (static_cast<size_t>(info.st_size) > largestInfoPList)
-        return EFBIG;
+    if (!file || fstat(file.get(), &info) != 0)
+        return Failure(errno == ENOENT ? ExitCode::checkFailed : ExitCode::diskError,
+            "cannot open the bundle's Info.plist", errno);
+    if (!S_ISREG(info.st_mode) || static_cast<size_t>(info.st_size) > largestInfoPList)
+        return Wrong("Info.plist is not a plain file of at most 1 MiB");
     bytes.resize(static_cast<size_t>(info.st_size));
     size_t filled = 0;
     while (filled < bytes.size()) {
-        const ssize_t size = read(file, bytes.data() + filled, bytes.size() - filled);
+        const ssize_t size = read(file.get(), bytes.data() + filled, bytes.size() - filled);
         if (size < 0)
-            return errno;
+            return Failure(ExitCode::diskError, "cannot read Info.plist", errno);
         if (size == 0)
             break;
         filled += static_cast<size_t>(size);
     }
     bytes.resize(filled);
-    return 0;
+    return {};
 }
 
 std::string TextValue(CFDictionaryRef dictionary, CFStringRef key)
@@ -61,19 +64,13 @@ Outcome CheckExecutable(int bundle, const std::string& folder, CFDictionaryRef i
 
 Outcome CheckBundle(int bundle, std::string& version)
 {
-    const char* executables = "Contents/MacOS/";
-    FileDescriptor file(openat(bundle, "Contents/Info.plist", O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    if (!file && errno == ENOENT) {
-        executables = "";
-        file = FileDescriptor(openat(bundle, "Info.plist", O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    }
-    if (!file)
-        return Failure(ExitCode::checkFailed, "cannot open the bundle's Info.plist", errno);
+    struct stat contents { };
+    const bool hasContents
+        = fstatat(bundle, "Contents", &contents, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(contents.st_mode);
     std::vector<UInt8> bytes;
-    const int error = ReadAll(file.get(), bytes);
-    if (error != 0)
-        return Failure(
-            error == EFBIG ? ExitCode::checkFailed : ExitCode::diskError, "cannot read Info.plist", error);
+    Outcome outcome = ReadInfoPList(bundle, hasContents ? "Contents/" : "", bytes);
+    if (!outcome.ok())
+        return outcome;
 
     const CFRef<CFDataRef> data(
         CFDataCreate(kCFAllocatorDefault, bytes.data(), static_cast<CFIndex>(bytes.size())));
@@ -88,5 +85,5 @@ Outcome CheckBundle(int bundle, std::string& version)
     const CFStringRef packageType = CFSTR("CFBundlePackageType");
     if (CFDictionaryContainsKey(info, packageType) && TextValue(info, packageType) != "KEXT")
         return Wrong("CFBundlePackageType is not KEXT");
-    return CheckExecutable(bundle, executables, info);
+    return CheckExecutable(bundle, hasContents ? "Contents/MacOS/" : "", info);
 }

@@ -68,8 +68,7 @@ Outcome Settle(int folder, const std::string& name)
     return {};
 }
 
-/// For file systems that cannot swap. Killed between the renames, it is the next run that puts the old copy
-/// back.
+/// For file systems that cannot swap. After a kill between the renames the next run puts the old copy back.
 Outcome PutInPlaceInTwoSteps(int folder, const std::string& name, const std::string& staged)
 {
     const std::string old = HiddenName(name, oldSuffix);
@@ -132,8 +131,7 @@ Outcome PutStagedInPlace(int folder, const std::string& name)
         DropStaged(folder, name);
         return outcome;
     }
-    // The staging name now has the old copy, which a power failure may bring back until the swap is on the
-    // disk.
+    // The staging name now has the old copy, which a power failure may bring back until the swap is flushed.
     Outcome outcome = Settle(folder, name);
     if (outcome.ok())
         DropStaged(folder, name);

@@ -10,7 +10,8 @@
 /// next run clears:
 ///   .NAME.staging   a copy being made; after the swap, the old extension
 ///   .NAME.removed   an extension being deleted
-///   .NAME.old       an old extension, always whole, moved aside where the file system cannot swap
+///   .NAME.old       an old extension, always whole, moved aside where the file system cannot swap; a run
+///                   that ends before the new one is in place leaves it for the next run to put back
 /// The folder is open, trusted and locked by the caller (ExtensionsFolder).
 
 inline constexpr std::string_view stagingSuffix = ".staging";
@@ -30,7 +31,8 @@ Outcome ClearLeftovers(int folder);
 
 /// Makes the staged copy the extension `name`, in one step where the file system can. Whatever had that name
 /// is deleted after the change is flushed.
-/// @return ok, or diskError; then the old or the new extension has the name, whole.
+/// @return ok, or diskError; then the old or the new extension has the name, whole, unless the file system
+/// can neither swap nor put the old one back: then that is ".NAME.old" until the next run.
 Outcome PutStagedInPlace(int folder, const std::string& name);
 
 /// Deletes a staged copy that is of no use; what cannot be deleted is reported.

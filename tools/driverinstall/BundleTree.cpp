@@ -31,8 +31,8 @@ int WriteAll(int file, const char* bytes, size_t size)
     return 0;
 }
 
-/// Gives a finished copy its owner and mode and flushes it. The owner comes first: changing it may clear mode
-/// bits.
+/// Gives a finished copy its owner and mode and flushes it. The owner comes first, since changing it may
+/// clear bits of the mode.
 int Finish(int copy, mode_t mode)
 {
     if (geteuid() == 0 && fchown(copy, 0, 0) != 0)

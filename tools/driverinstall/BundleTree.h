@@ -29,6 +29,6 @@ Outcome CopyTree(int tree, const std::string& shownName, int copy);
 int RemoveTree(int folder, const std::string& name);
 
 /// Lists a folder without "." and "..".
-/// @param limit at most this many. @return 0, E2BIG when there are more, or the errno of the step that
-/// failed.
+/// @param limit at most this many.
+/// @return 0, E2BIG when there are more, or the errno of the step that failed.
 int ReadNames(int folder, size_t limit, std::vector<std::string>& names);

@@ -12,8 +12,7 @@ namespace {
 
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-/// Copies the bundle to its staging name and checks the copy, which, unlike the source, nobody can change any
-/// more.
+/// Copies the bundle to its staging name and checks the copy, which nobody can change, unlike the source.
 Outcome Stage(int folder, const std::string& name, int source, std::string& version)
 {
     const std::string staged = HiddenName(name, stagingSuffix);
@@ -36,16 +35,18 @@ Outcome Stage(int folder, const std::string& name, int source, std::string& vers
 Outcome InstallExtension(const std::string& extensions, const std::string& name, const std::string& source,
     std::chrono::milliseconds longestWait)
 {
+    // Locked before the source is looked at: a run that had seen an older source could otherwise come after,
+    // and undo, one that saw a newer.
+    ExtensionsFolder folder;
+    Outcome outcome = folder.open(extensions, ExtensionsFolder::Missing::create, longestWait);
+    if (!outcome.ok())
+        return outcome;
+
     const std::string bundlePath = source + "/" + name;
     const FileDescriptor bundle(open(bundlePath.c_str(), folderFlags));
     if (!bundle)
         return Failure(ExitCode::badSource, "cannot open the bundle " + bundlePath, errno);
-    Outcome outcome = CheckTree(bundle.get(), bundlePath);
-    if (!outcome.ok())
-        return outcome;
-
-    ExtensionsFolder folder;
-    outcome = folder.open(extensions, ExtensionsFolder::Missing::create, longestWait);
+    outcome = CheckTree(bundle.get(), bundlePath);
     if (outcome.ok())
         outcome = ClearLeftovers(folder.descriptor());
     if (!outcome.ok())

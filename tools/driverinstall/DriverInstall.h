@@ -10,8 +10,9 @@ inline constexpr std::chrono::milliseconds longestLockWait = std::chrono::second
 
 /// Puts the bundle `source`/`name` into the folder of extensions, in place of what may have that name there.
 /// The source is only read. A copy is made beside the destination, checked there, and swapped in; killed at
-/// any moment, the run leaves the old or the new extension, whole.
-/// @param extensions host path of the folder. @param source host path of the folder that the bundle lies in.
+/// any moment, the run leaves the old or the new extension, whole (BundleSwap.h tells where).
+/// @param extensions host path of the folder, which is made, whatever the source, where only it is missing.
+/// @param source host path of the folder that the bundle lies in.
 /// @return ok, or any code but usage and badName; see ExitCode for what each leaves behind.
 Outcome InstallExtension(const std::string& extensions, const std::string& name, const std::string& source,
     std::chrono::milliseconds longestWait = longestLockWait);

@@ -10,13 +10,25 @@ namespace {
 
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-ExitCode CodeForOpenError(int error)
+constexpr const char* lockName = ".driverinstall.lock";
+
+ExitCode CodeForError(int error)
 {
-    return error == EACCES || error == EPERM || error == EROFS ? ExitCode::notPermitted
-                                                               : ExitCode::destinationRefused;
+    switch (error) {
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        return ExitCode::notPermitted;
+    case ENOENT:
+    case ENOTDIR:
+    case ELOOP:
+        return ExitCode::destinationRefused;
+    default:
+        return ExitCode::diskError;
+    }
 }
 
-/// Opens the folder, or makes it with mode 0755, less the process's mask, where `create` says so.
+/// Opens the folder, or makes and flushes it, with mode 0755 less the process's mask, where `create` says so.
 /// @return 0 or errno.
 int OpenOrCreate(const std::string& path, bool create, FileDescriptor& folder)
 {
@@ -26,14 +38,17 @@ int OpenOrCreate(const std::string& path, bool create, FileDescriptor& folder)
     if (mkdir(path.c_str(), 0755) != 0 && errno != EEXIST)
         return errno;
     folder = FileDescriptor(open(path.c_str(), folderFlags));
-    return folder ? 0 : errno;
+    if (!folder)
+        return errno;
+    const FileDescriptor parent(openat(folder.get(), "..", folderFlags));
+    return parent && fsync(parent.get()) == 0 ? 0 : errno;
 }
 
 Outcome CheckTrust(int folder, const std::string& path)
 {
     struct stat info { };
     if (fstat(folder, &info) != 0)
-        return Failure(ExitCode::destinationRefused, "cannot examine " + path, errno);
+        return Failure(ExitCode::diskError, "cannot examine " + path, errno);
     const uid_t user = geteuid();
     if (info.st_uid != user && user != 0)
         return { ExitCode::notPermitted, path + " does not belong to the user that runs this" };
@@ -47,21 +62,46 @@ Outcome CheckTrust(int folder, const std::string& path)
     return {};
 }
 
-/// Asks again and again, because no call waits for a lock for a limited time.
-Outcome Lock(int folder, std::chrono::milliseconds longestWait)
+/// Whether the lock file still has its name; the run that held the lock before may have unlinked it.
+bool IsLinked(int folder, int lock)
 {
+    struct stat opened { };
+    struct stat named { };
+    return fstat(lock, &opened) == 0 && fstatat(folder, lockName, &named, AT_SYMLINK_NOFOLLOW) == 0
+        && opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+/// Locks a file that only the owner can open, since anybody who can read the folder could lock that. Asks
+/// again and again, because no call waits for a lock for a limited time.
+Outcome Lock(int folder, std::chrono::milliseconds longestWait, FileDescriptor& lock)
+{
+    constexpr int lockFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC;
     constexpr std::chrono::milliseconds pause(50);
     const auto end = std::chrono::steady_clock::now() + longestWait;
-    while (flock(folder, LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK)
+    for (;;) {
+        FileDescriptor file(openat(folder, lockName, lockFlags, 0600));
+        if (!file)
+            return Failure(CodeForError(errno), "cannot open the lock of the folder of extensions", errno);
+        const bool locked = flock(file.get(), LOCK_EX | LOCK_NB) == 0;
+        if (!locked && errno != EWOULDBLOCK)
             return Failure(ExitCode::diskError, "cannot lock the folder of extensions", errno);
+        if (locked && IsLinked(folder, file.get())) {
+            lock = std::move(file);
+            return {};
+        }
         if (std::chrono::steady_clock::now() >= end)
             return { ExitCode::busy, "another run is still changing the folder of extensions" };
         std::this_thread::sleep_for(pause);
     }
-    return {};
 }
 
+}
+
+ExtensionsFolder::~ExtensionsFolder()
+{
+    // While it is locked. A lock file that cannot be unlinked serves the next run.
+    if (fLock)
+        (void)unlinkat(fFolder.get(), lockName, 0);
 }
 
 Outcome ExtensionsFolder::open(
@@ -71,7 +111,7 @@ Outcome ExtensionsFolder::open(
     if (error == ENOENT && missing == Missing::accept)
         return {};
     if (error != 0)
-        return Failure(CodeForOpenError(error), "cannot use " + path, error);
+        return Failure(CodeForError(error), "cannot use " + path, error);
     Outcome trust = CheckTrust(fFolder.get(), path);
-    return trust.ok() ? Lock(fFolder.get(), longestWait) : trust;
+    return trust.ok() ? Lock(fFolder.get(), longestWait, fLock) : trust;
 }

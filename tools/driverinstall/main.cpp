@@ -30,13 +30,13 @@ Outcome Run(const std::vector<std::string>& arguments)
 {
     Request request;
     Outcome outcome = ParseArguments(arguments, request);
-    if (!outcome.ok())
-        return outcome;
     const std::string extensions = HostPath("/Library/Extensions");
     const std::string source = HostPath(request.source);
-    // Nothing from here on may depend on what the caller put into the environment.
+    // Nothing from here on, not even the system log, may depend on what the caller put into the environment.
     static char* noEnvironment[] = { nullptr };
     environ = noEnvironment;
+    if (!outcome.ok())
+        return outcome;
     return request.verb == Request::Verb::install ? InstallExtension(extensions, request.name, source)
                                                   : UninstallExtension(extensions, request.name);
 }

@@ -3,12 +3,16 @@
 #include "util/CFRef.h"
 #include <string>
 
+/// A text of a bundle's information dictionary as it stands there, not in the user's language; null when there is none
+/// or it is not a text. Borrowed from the bundle.
+CFStringRef BundleText(CFBundleRef bundle, CFStringRef key);
+
 // What the bundle of the running program says and holds. A program whose bundle is gone has nothing of it.
 
 /// The bundle's identifier; null when it has none. Borrowed.
 CFStringRef MainBundleIdentifier();
 
-/// A text of the information dictionary; null when there is none or it is not a text. Borrowed.
+/// The same of the main bundle.
 CFStringRef MainBundleText(CFStringRef key);
 
 /// The folder of the bundle's resources; "" when there is none.

@@ -1,6 +1,13 @@
-#include "util/MainBundle.h"
+#include "util/Bundle.h"
 
 #include "util/CFText.h"
+
+CFStringRef BundleText(CFBundleRef bundle, CFStringRef key)
+{
+    const CFDictionaryRef information = CFBundleGetInfoDictionary(bundle);
+    const CFTypeRef value = information != nullptr ? CFDictionaryGetValue(information, key) : nullptr;
+    return CFDynamicCast<CFStringRef>(value, CFStringGetTypeID());
+}
 
 CFStringRef MainBundleIdentifier()
 {
@@ -11,8 +18,7 @@ CFStringRef MainBundleIdentifier()
 CFStringRef MainBundleText(CFStringRef key)
 {
     const CFBundleRef bundle = CFBundleGetMainBundle();
-    const CFTypeRef value = bundle != nullptr ? CFBundleGetValueForInfoDictionaryKey(bundle, key) : nullptr;
-    return CFDynamicCast<CFStringRef>(value, CFStringGetTypeID());
+    return bundle != nullptr ? BundleText(bundle, key) : nullptr;
 }
 
 std::string MainBundleResources()
