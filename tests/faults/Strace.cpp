@@ -49,11 +49,11 @@ std::vector<SystemCall> ReadTrace(const std::filesystem::path& output, const std
     return calls;
 }
 
-std::string FaultCommand(const SystemCall& call, const std::string& fault)
+std::string FaultCommand(const SystemCall& call, bool kill)
 {
-    const std::string kind = fault == "KILL" ? "signal=KILL" : "error=" + fault;
-    return std::string(kUntracedLeaks) + "strace -qq -o /dev/null -e trace=" + call.name
-        + " -e inject=" + call.name + ":" + kind + ":when=" + std::to_string(call.ordinal);
+    const std::string error = call.changes ? "error=ENOSPC" : "error=EIO";
+    return std::string(kUntracedLeaks) + "strace -qq -o /dev/null -e trace=" + call.name + " -e inject="
+        + call.name + ":" + (kill ? "signal=KILL" : error) + ":when=" + std::to_string(call.ordinal);
 }
 
 bool CanTrace() { return std::system("strace -o /dev/null true 2>/dev/null") == 0; }
