@@ -34,7 +34,8 @@ CompletionAlerts CompletionAlertsFor(uint32_t operation)
     }
 }
 
-// A driver interface that could not be made has nothing to offer and nothing to do: it answers no, and success.
+// A driver interface that could not be made has nothing to offer and nothing to do: it answers no, and
+// success.
 
 bool AskDriver(bool (DriverInterface::*question)() const)
 {

@@ -63,7 +63,8 @@ public:
     static AppController* appControllerPtr();
 
     /// Makes the shared controller and the back ends, and decides from what is installed what to offer.
-    /// @param frontEnd has to live as long as the controller is used. @return borrowed; valid until the next init().
+    /// @param frontEnd has to live as long as the controller is used. @return borrowed; valid until the next
+    /// init().
     static AppController* init(FrontEnd& frontEnd);
 
     void awakeFromNib(); ///< titles the menus in the user's language

@@ -19,8 +19,8 @@ public:
     bool canUpdate() const; ///< the installed agent is older than this installer
     bool installedVersionNewer() const; ///< the installed agent is newer than this installer
 
-    /// Copies the agent, writes its LaunchAgent and asks launchd to load it; does not wait for launchd.
-    /// Never replaces an agent that is there. Steps that succeeded before a failure stay in place.
+    /// Copies the agent, writes its LaunchAgent and asks launchd to load it; does not wait for launchd. Never
+    /// replaces an agent that is there. Steps that succeeded before a failure stay in place.
     /// @return noErr; memFullErr, launchctl could not be started; fnfErr, nothing on disk changed; permErr, a
     /// folder, the copy or the property list failed.
     OSStatus install();
@@ -29,9 +29,9 @@ public:
     /// @return the first failure of uninstallAndIsUpdating() and install().
     OSStatus update();
 
-    /// Asks launchd to unload the agent, without waiting for it, and moves the agent, its support folder
-    /// and its LaunchAgent to the user's Trash. Unless `updating`, the settings are removed as well when all
-    /// of that succeeded. What is not there needs no removing.
+    /// Asks launchd to unload the agent, without waiting for it, and moves the agent, its support folder and
+    /// its LaunchAgent to the user's Trash. Unless `updating`, the settings are removed as well when all of
+    /// that succeeded. What is not there needs no removing.
     /// @return noErr; memFullErr, launchctl could not be started, nothing was removed; permErr, the Trash
     /// refused.
     OSStatus uninstallAndIsUpdating(bool updating);

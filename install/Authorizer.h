@@ -19,8 +19,8 @@ public:
     Authorizer& operator=(const Authorizer&) = delete;
 
     /// Names a tool that lies in the main bundle's Resources folder. The file itself is not looked at.
-    /// @return noErr; fnfErr for a name that is empty or holds a zero, or where there is no such folder; then the tool stays the one
-    /// before.
+    /// @return noErr; fnfErr for a name that is empty or holds a zero, or where there is no such folder; then
+    /// the tool stays the one before.
     OSStatus setToolName(const std::string& name);
     /// Names the tool by its full path; a path that is empty or holds a zero is ignored.
     void setToolPathname(const std::string& path);

@@ -299,7 +299,8 @@ bool Preferences::storedBoolean(CFStringRef key) const
     return BooleanValue(CFDictionaryGetValue(fPreferencesDictionaryPtr.get(), key)).value_or(true);
 }
 
-/// The removal is put down in the domain at once, because a domain that could not be read is not compared on writing.
+/// The removal is put down in the domain at once, because a domain that could not be read is not compared on
+/// writing.
 void Preferences::removeKey(CFStringRef key)
 {
     CFDictionaryRemoveValue(fPreferencesDictionaryPtr.get(), key);

@@ -5,9 +5,9 @@
 #include <memory>
 
 /// The product's settings, held in memory and stored as the preferences domain named by the main bundle's
-/// identifier, which installer and agent share. The domain is written whole; keys that this class does not know are
-/// kept, and so are those of a domain that could not be read. A write that fails is not reported by the setters:
-/// synchronize() tells. Main thread only. Times are seconds since 2001-01-01 00:00:00 UTC.
+/// identifier, which installer and agent share. The domain is written whole; keys that this class does not
+/// know are kept, and so are those of a domain that could not be read. A write that fails is not reported by
+/// the setters: synchronize() tells. Main thread only. Times are seconds since 2001-01-01 00:00:00 UTC.
 class Preferences {
 public:
     /// The last store made, or null before the first.
@@ -32,7 +32,8 @@ public:
     /// Brings the domain and what was set in it together, writing what an earlier attempt could not.
     /// @return whether the disk has all of it.
     static bool synchronize();
-    /// Whether the domain, as of the last synchronize(), holds any of the keys that removeAllPreferences() removes.
+    /// Whether the domain, as of the last synchronize(), holds any of the keys that removeAllPreferences()
+    /// removes.
     static bool anySettingStored();
 
     void startCachingWrites();

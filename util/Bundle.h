@@ -3,8 +3,8 @@
 #include "util/CFRef.h"
 #include <string>
 
-/// A text of a bundle's information dictionary as it stands there, not in the user's language; null when there is none
-/// or it is not a text. Borrowed from the bundle.
+/// A text of a bundle's information dictionary as it stands there, not in the user's language; null when
+/// there is none or it is not a text. Borrowed from the bundle.
 CFStringRef BundleText(CFBundleRef bundle, CFStringRef key);
 
 // What the bundle of the running program says and holds. A program whose bundle is gone has nothing of it.

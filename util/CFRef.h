@@ -3,9 +3,8 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <utility>
 
-/// Owns one reference to a CoreFoundation object and releases it at the end of its scope.
-/// Made from the result of a Create or Copy function; an object that is only borrowed is adopted with
-/// Retained().
+/// Owns one reference to a CoreFoundation object and releases it at the end of its scope. Made from the
+/// result of a Create or Copy function; an object that is only borrowed is adopted with Retained().
 template <class Ref> class CFRef {
 public:
     CFRef() = default;

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-/// Gives standard streams that the caller has closed to nobody, so that no file opened later becomes one and receives
-/// messages. To be called first in main.
+/// Gives standard streams that the caller has closed to nobody, so that no file opened later becomes one and
+/// receives messages. To be called first in main.
 void OpenStandardStreams();
 
 /// Starts a program and leaves it to itself: nothing waits for it, and it is never a zombie of this process.

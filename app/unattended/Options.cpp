@@ -34,8 +34,8 @@ template <class Table> auto Find(const Table& table, const std::string& name)
         std::begin(table), std::end(table), [&name](const auto& row) { return row.name == name; });
 }
 
-/// Every option goes with every operation, so that one set serves a script for all of them. What changes nothing
-/// only reports.
+/// Every option goes with every operation, so that one set serves a script for all of them. What changes
+/// nothing only reports.
 bool GoesWith(const std::string& option, Command command)
 {
     const bool operation

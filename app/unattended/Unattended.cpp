@@ -70,7 +70,8 @@ private:
         return fStatus == noErr ? seenOnDisk(&Run::gone) : failure();
     }
 
-    /// An agent that is current, but not registered or not running, is what an interrupted installation leaves.
+    /// An agent that is current, but not registered or not running, is what an interrupted installation
+    /// leaves.
     /// @return whether there was something to repair.
     bool repairAgent()
     {
@@ -111,8 +112,8 @@ private:
 
     bool gone(const Installation& found) { return found.gone(); }
 
-    /// launchctl is not waited for, so a load can overtake the unload before it: then it is refused, because the agent
-    /// is still loaded, and the agent ends all the same.
+    /// launchctl is not waited for, so a load can overtake the unload before it: then it is refused, because
+    /// the agent is still loaded, and the agent ends all the same.
     void loadAgainIfLost(AgentInstaller& agent, const Installation& found)
     {
         const bool registered = found.launchAgent == Installation::LaunchAgent::whole;

@@ -82,8 +82,8 @@ void UnattendedFrontEnd::answerLicense(AppController& controller)
 
 void UnattendedFrontEnd::answerInstallWindow(AppController& controller) const
 {
-    // The box that the window shows ticked is seen by nobody here: only a refusal says something, and it counts even
-    // where the window would have no box.
+    // The box that the window shows ticked is seen by nobody here: only a refusal says something, and it
+    // counts even where the window would have no box.
     if (fOptions.noUsageData)
         Preferences::preferencesPtr()->setCollectUsageInfo(false);
     if (!wantsOperation(controller.operation())) {

@@ -14,8 +14,8 @@ constexpr const char* kInstall = "--unattended install --accept-license --driver
 constexpr const char* kForeignKey = "Somebody Else's";
 constexpr const char* kUninstall = "--unattended uninstall --wait 2";
 
-/// Calls that only look take their turn each when this is 1; otherwise most of them are passed over to keep a run
-/// short. Those that change something always do.
+/// Calls that only look take their turn each when this is 1; otherwise most of them are passed over to keep a
+/// run short. Those that change something always do.
 size_t Step()
 {
     const char* const step = std::getenv("ZEK_FAULT_STEP");

@@ -19,8 +19,8 @@ std::string TraceCommand(const std::filesystem::path& output);
 /// dynamic linker's work; closing is left out, because it has happened whatever it answers.
 std::vector<SystemCall> ReadTrace(const std::filesystem::path& output, const std::string& marker);
 
-/// The command that runs a program and kills it in one of its calls, or lets the call fail: as on a full disk where it
-/// changes something, else as on a broken one.
+/// The command that runs a program and kills it in one of its calls, or lets the call fail: as on a full disk
+/// where it changes something, else as on a broken one.
 std::string FaultCommand(const SystemCall& call, bool kill);
 
 /// Whether this machine lets programs be traced.
