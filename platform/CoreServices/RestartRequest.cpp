@@ -4,6 +4,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <Host/AtomicFile.h>
+#include <Host/Folders.h>
 #include <Host/HostPath.h>
 
 #include <array>
@@ -11,7 +12,6 @@
 #include <climits>
 #include <memory>
 #include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -33,17 +33,6 @@ OSStatus StatusOf(int error)
     default:
         return ioErr;
     }
-}
-
-/// Makes the folders above a file, down from the start-up volume, which must exist.
-int MakeFolders(const std::string& path)
-{
-    size_t slash = HostStartupVolume().size();
-    while ((slash = path.find('/', slash + 1)) != std::string::npos) {
-        if (mkdir(path.substr(0, slash).c_str(), 0755) != 0 && errno != EEXIST)
-            return errno;
-    }
-    return 0;
 }
 
 /// This program's path; a part of the text that is not UTF-8 makes it unreadable, and then it is "".
@@ -76,7 +65,8 @@ Object RestartRequest()
 OSStatus RecordRestartRequest()
 {
     const std::string path = HostRestartRequestPath();
-    if (const int error = MakeFolders(path); error != 0)
+    const int error = MakeFolders(path.substr(0, path.rfind('/')), 0755, 0755);
+    if (error != 0 && error != EEXIST)
         return StatusOf(error);
     const Object request = RestartRequest();
     if (!request)

@@ -1,8 +1,9 @@
 #include "CopyItem.h"
 
+#include <Host/WriteAll.h>
+
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <limits>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -32,20 +33,6 @@ bool MeansUnsupported(int error)
     }
 }
 
-int Write(int to, const char* bytes, size_t size)
-{
-    while (size > 0) {
-        const ssize_t written = write(to, bytes, size);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written < 0)
-            return errno;
-        bytes += written;
-        size -= static_cast<size_t>(written);
-    }
-    return 0;
-}
-
 int ReadAndWrite(CopyJob& job, int from, int to, off_t size)
 {
     job.buffer.resize(kBufferSize);
@@ -56,7 +43,7 @@ int ReadAndWrite(CopyJob& job, int from, int to, off_t size)
             continue;
         if (got <= 0)
             return got == 0 ? 0 : errno;
-        if (const int error = Write(to, job.buffer.data(), static_cast<size_t>(got)); error != 0)
+        if (const int error = WriteAll(to, job.buffer.data(), static_cast<size_t>(got)); error != 0)
             return error;
         job.copied += got;
         size -= got;

@@ -1,6 +1,8 @@
 #include "AtomicFile.h"
 
-#include <algorithm>
+#include "Descriptor.h"
+#include "WriteAll.h"
+
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -28,23 +30,6 @@ std::string TemporaryName(const std::string& name)
     return '.' + name.substr(0, NAME_MAX - 1 - suffix.size()) + suffix;
 }
 
-int WriteAll(int file, const char* bytes, size_t size)
-{
-    while (size > 0) {
-        const ssize_t written = write(file, bytes, std::min<size_t>(size, SSIZE_MAX));
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written < 0)
-            return errno;
-        bytes += written;
-        size -= static_cast<size_t>(written);
-    }
-    return 0;
-}
-
-/// EINTR says nothing about the file here: the descriptor is gone either way, and its bytes were flushed.
-int Close(int file) { return close(file) == 0 || errno == EINTR ? 0 : errno; }
-
 /// Writes and flushes the new file, open for writing; leaves it open.
 int Fill(int file, const Place& target, const char* bytes, size_t size)
 {
@@ -61,18 +46,18 @@ int Fill(int file, const Place& target, const char* bytes, size_t size)
 int Replace(const Place& target, const char* bytes, size_t size)
 {
     std::string temporary;
-    int file = -1;
-    for (int i = 0; i < kNameTries && file < 0; ++i) {
+    Descriptor file;
+    for (int i = 0; i < kNameTries && !file; ++i) {
         temporary = TemporaryName(target.name);
-        file = openat(
-            target.folder, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-        if (file < 0 && errno != EEXIST && errno != EINTR)
+        file = Descriptor(openat(
+            target.folder, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+        if (!file && errno != EEXIST && errno != EINTR)
             break;
     }
-    if (file < 0)
+    if (!file)
         return errno;
-    int error = Fill(file, target, bytes, size);
-    const int closeError = Close(file);
+    int error = Fill(file.get(), target, bytes, size);
+    const int closeError = file.close();
     if (error == 0)
         error = closeError;
     if (error == 0 && renameat(target.folder, temporary.c_str(), target.folder, target.name.c_str()) != 0)
@@ -100,12 +85,9 @@ int WriteFileAtomically(const std::string& path, const void* bytes, size_t size)
         return path.empty() ? ENOENT : EISDIR;
     if (name.size() > NAME_MAX)
         return ENAMETOOLONG;
-    const int folder = open(folderPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0)
+    const Descriptor folder(open(folderPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder)
         return errno;
-    int error = Replace({ folder, name }, static_cast<const char*>(bytes), size);
-    if (error == 0)
-        error = FlushFolder(folder);
-    close(folder);
-    return error;
+    const int error = Replace({ folder.get(), name }, static_cast<const char*>(bytes), size);
+    return error == 0 ? FlushFolder(folder.get()) : error;
 }

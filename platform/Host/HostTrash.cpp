@@ -6,6 +6,7 @@ bool HostPrepareTrash() { return true; }
 
 #else
 
+#include "Folders.h"
 #include "HostPath.h"
 
 #include <cerrno>
@@ -23,16 +24,6 @@ std::string DataFolder()
     return named != nullptr && *named == '/' ? named : HostHomeFolder() + "/.local/share";
 }
 
-/// Makes a folder and those above it that are missing. What the Trash holds is its owner's business alone.
-bool MakeFolders(const std::string& path, mode_t mode)
-{
-    if (mkdir(path.c_str(), mode) == 0 || errno == EEXIST)
-        return true;
-    const size_t slash = path.rfind('/');
-    return errno == ENOENT && slash != 0 && slash != std::string::npos
-        && MakeFolders(path.substr(0, slash), 0755) && mkdir(path.c_str(), mode) == 0;
-}
-
 bool TakesEntries(const std::string& folder)
 {
     struct stat info { };
@@ -46,7 +37,9 @@ bool HostPrepareTrash()
 {
     const std::string trash = DataFolder() + "/Trash";
     for (const std::string& folder : { trash, trash + "/files", trash + "/info" }) {
-        if (!MakeFolders(folder, 0700) || !TakesEntries(folder))
+        // What the Trash holds is its owner's business alone.
+        const int error = MakeFolders(folder, 0700, 0755);
+        if ((error != 0 && error != EEXIST) || !TakesEntries(folder))
             return false;
     }
     return true;

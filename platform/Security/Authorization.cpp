@@ -106,8 +106,8 @@ private:
 
 References& AllReferences()
 {
-    static auto* const references
-        = new References; // never destroyed: other static objects may still free theirs
+    // Never destroyed: other static objects may still free theirs.
+    static auto* const references = new References;
     return *references;
 }
 

@@ -1,5 +1,7 @@
 #include "ToolLaunch.h"
 
+#include <Host/ProgramStart.h>
+
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
@@ -55,31 +57,11 @@ std::vector<std::string> ToolEnvironment()
     return variables;
 }
 
-std::vector<char*> Pointers(std::vector<std::string>& texts)
-{
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
 [[noreturn]] void Fail(const Launch& launch)
 {
     const int error = errno;
     (void)!write(launch.report, &error, sizeof(error));
     _exit(127);
-}
-
-/// Handlers and ignored signals are the caller's affair, not the tool's.
-void ResetSignals()
-{
-    for (int number = 1; number < NSIG; ++number)
-        (void)std::signal(number, SIG_DFL); // fails for the two that are never handled
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 bool ConnectStandard(const Launch& launch)
@@ -187,7 +169,7 @@ OSStatus StartTool(
         argumentList.push_back(*arguments);
     argumentList.push_back(nullptr);
     std::vector<std::string> variables = ToolEnvironment();
-    const std::vector<char*> environment = Pointers(variables);
+    const std::vector<char*> environment = PointersTo(variables);
     FILE* const file = communicationsPipe != nullptr ? fdopen(ends.stream.get(), "r+") : nullptr;
     if (file != nullptr)
         ends.stream.release();

@@ -10,50 +10,45 @@ class ArgumentsTest : public Trial { };
 TEST_F(ArgumentsTest, AnythingButTheTwoFormsIsAUsageError)
 {
     const std::string folder = source.string();
-    const std::vector<std::vector<std::string>> refused = {
-        {},
-        { "install", "drivername", name },
-        { "install", "drivername", name, "sourcedirectory" },
-        { "install", "drivername", name, "sourcedirectory", folder, "" },
-        { "install", "sourcedirectory", folder, "drivername", name },
-        { "install", "driverName", name, "sourcedirectory", folder },
-        { "update", "drivername", name, "sourcedirectory", folder },
-        { "uninstall", "drivername" },
-        { "uninstall", "name", name },
-        { "uninstall", "drivername", name, "sourcedirectory", folder },
-    };
-    for (const std::vector<std::string>& arguments : refused) {
-        const Ended ended = run(arguments);
-        EXPECT_EQ(ended.status, 64) << testing::PrintToString(arguments);
+    for (const Texts& refused : std::vector<Texts> {
+             {},
+             { "install", "drivername", name },
+             { "install", "drivername", name, "sourcedirectory" },
+             { "install", "drivername", name, "sourcedirectory", folder, "" },
+             { "install", "sourcedirectory", folder, "drivername", name },
+             { "update", "drivername", name, "sourcedirectory", folder },
+             { "uninstall", "name", name },
+             { "uninstall", "drivername", name, "sourcedirectory", folder },
+         }) {
+        const Ended ended = run(refused);
+        EXPECT_EQ(ended.status, 64) << testing::PrintToString(refused);
         EXPECT_EQ(ended.errors, std::string("driverinstall: ") + usageText + "\n");
     }
-    EXPECT_TRUE(entries().empty());
 }
 
 TEST_F(ArgumentsTest, OnlyBareBundleNamesAreTaken)
 {
-    for (const std::string good : { name, "Z\xc3\xa9 K.kext", "\xc2\xa0.kext", "a.b.kext" })
+    const std::string longest = std::string(longestName - 5, 'n') + ".kext";
+    for (const std::string& good : Texts { name, "Z\xc3\xa9 K.kext", "\xc2\xa0.kext", "a.b.kext", longest })
         EXPECT_TRUE(IsExtensionName(good)) << good;
-    const std::vector<std::string> hostile = { "", ".kext", "Dock", "Dock.KEXT", "Dock.kext/", "../Dock.kext",
-        "/Dock.kext", "a/Dock.kext", "..kext", ".Dock.kext", "..", "Dock.kext ", "Dock\n.kext",
-        "Dock\x7f.kext", "Dock\xc2\x85.kext", "Dock\xff.kext", "Dock\xc0\xaf.kext", { "a\0b.kext", 8 } };
-    for (const std::string& bad : hostile)
+    for (const std::string& bad :
+        Texts { "", ".kext", "Dock", "Dock.KEXT", "Dock.kext/", "../Dock.kext", "/Dock.kext", "a/Dock.kext",
+            "..kext", ".Dock.kext", "Dock.kext ", "Dock\n.kext", "Dock\x7f.kext", "Dock\xc2\x85.kext",
+            "Dock\xff.kext", "Dock\xc0\xaf.kext", { "a\0b.kext", 8 }, "n" + longest })
         EXPECT_FALSE(IsExtensionName(bad)) << bad;
     // Nor can a refused name forge a line of the log or command a terminal.
-    const Ended ended = run({ "uninstall", "drivername", "x\ny\xc2\x9bz\xc3\xa9.kext" });
+    const Ended ended = uninstall("x\ny\xc2\x9bz\xc3\xa9.kext");
     EXPECT_EQ(ended.status, 65);
     EXPECT_EQ(ended.errors, "driverinstall: not the name of a kernel extension: x?y?z\xc3\xa9.kext\n");
 }
 
-TEST_F(ArgumentsTest, TheLongestNameCanBeInstalledReplacedAndRemoved)
+TEST_F(ArgumentsTest, TheLongestNameCanBeInstalledAndRemoved)
 {
-    const std::string longest = std::string(longestName - 5, 'n') + ".kext";
-    EXPECT_FALSE(IsExtensionName("n" + longest));
-    makeBundle(source / longest, "2");
-    for (int turn = 0; turn < 2; ++turn)
-        EXPECT_EQ(run({ "install", "drivername", longest, "sourcedirectory", source.string() }).status, 0);
-    EXPECT_EQ(entries(), std::vector<std::string> { longest });
-    EXPECT_EQ(run({ "uninstall", "drivername", longest }).status, 0);
+    installArguments[2] = std::string(longestName - 5, 'n') + ".kext";
+    makeBundle(source / installArguments[2], "2");
+    EXPECT_EQ(install().status, 0);
+    EXPECT_EQ(install().status, 0);
+    EXPECT_EQ(uninstall(installArguments[2]).status, 0);
     EXPECT_TRUE(entries().empty());
 }
 

@@ -2,10 +2,11 @@
 
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <map>
 #include <string>
 #include <sys/types.h>
 #include <vector>
+
+using Texts = std::vector<std::string>;
 
 /// How a program ended: its exit status, or 128 plus its signal, and what it wrote to standard error.
 struct Ended {
@@ -16,13 +17,8 @@ struct Ended {
 /// A program that was started and not yet waited for.
 class Child {
 public:
-    using Environment = std::map<std::string, std::string>;
-
-    /// @param command path and arguments.
-    /// @param errors the file that receives standard error.
-    /// @param user to run as; 0 for the same.
-    Child(const std::vector<std::string>& command, const Environment& added, std::filesystem::path errors,
-        uid_t user = 0);
+    /// @param command path and arguments. @param errors the file that receives standard error.
+    Child(const Texts& command, std::filesystem::path errors);
 
     pid_t pid() const { return fProcess; }
     bool isRunning() const;
@@ -35,7 +31,7 @@ private:
     pid_t fProcess = -1;
 };
 
-constexpr uid_t nobody = 65534; ///< a user who owns nothing here
+std::string ReadText(const std::filesystem::path& file);
 
 /// Makes the folders on the way, too.
 void WriteText(const std::filesystem::path& file, const std::string& text);
@@ -48,6 +44,7 @@ protected:
 
     /// The bundle that most tests install.
     static constexpr const char* name = "Dock.kext";
+    static constexpr uid_t nobody = 65534; ///< a user who owns nothing here
 
     std::filesystem::path root;
     std::filesystem::path source; ///< what "sourcedirectory" names
@@ -56,23 +53,22 @@ protected:
     std::filesystem::path installed; ///< extensions / name, nothing there yet
 
     /// Starts the tool. @param prefix a program and its arguments to run it under.
-    Child start(const std::vector<std::string>& arguments, const std::vector<std::string>& prefix = {},
-        uid_t user = 0);
-    Ended run(const std::vector<std::string>& arguments, const std::vector<std::string>& prefix = {},
-        uid_t user = 0);
-    Ended install() { return run(installArguments()); }
-    Ended uninstall() { return run({ "uninstall", "drivername", name }); }
-    std::vector<std::string> installArguments() const;
+    Child start(const Texts& arguments, const Texts& prefix = {});
+    Ended run(const Texts& arguments, const Texts& prefix = {}) { return start(arguments, prefix).wait(); }
+    Ended install() { return run(installArguments); }
+    Ended uninstall(const std::string& what = name) { return run({ "uninstall", "drivername", what }); }
+    Texts installArguments;
 
     /// What the folder of extensions holds, hidden names included.
-    std::vector<std::string> entries() const;
+    Texts entries() const;
 
     /// Writes a bundle with the modes that an installed one has.
     static void makeBundle(const std::filesystem::path& folder, const std::string& version);
-    /// Every entry of a bundle with its kind, mode and the hash of its contents; empty without such a folder.
-    static std::vector<std::string> snapshot(const std::filesystem::path& folder);
+    /// A bundle and every entry in it with kind, mode, owner and the hash of its contents; empty without such
+    /// a folder.
+    static Texts snapshot(const std::filesystem::path& folder);
     /// The snapshot of an installed bundle of that version.
-    std::vector<std::string> whole(const std::string& version);
+    Texts whole(const std::string& version);
 
 private:
     int fRuns = 0;

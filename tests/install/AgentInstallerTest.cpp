@@ -23,12 +23,6 @@ protected:
         AppController::init(frontEnd);
         return *AgentInstaller::agentInstallerPtr();
     }
-    /// What launchctl was asked so far, once it has been asked this often.
-    std::string launchctlCalls(const std::string& expected)
-    {
-        Eventually([&] { return volume.calls().size() >= expected.size(); });
-        return volume.calls();
-    }
     std::string call(const std::string& verb) const
     {
         return verb + "\n" + volume.launchAgent().string() + "\n\n";
@@ -95,7 +89,7 @@ TEST_F(AgentInstallerTest, InstallCopiesTheAgentWritesItsLaunchAgentAndLoadsIt)
         "<key>Program</key><string>"
             + path + "</string><key>ProgramArguments</key><array><string>" + path
             + "</string></array></dict></plist>");
-    EXPECT_EQ(launchctlCalls(call("load")), call("load"));
+    EXPECT_EQ(volume.callsOnce(call("load")), call("load"));
     EXPECT_TRUE(agent.canInstall()) << "the answers are those of the start";
 }
 
@@ -143,7 +137,7 @@ TEST_F(AgentInstallerTest, ALaunchctlThatCannotBeStartedIsReported)
 TEST_F(AgentInstallerTest, UninstallMovesEverythingToTheTrashAndForgetsTheSettings)
 {
     ASSERT_EQ(started().install(), noErr);
-    ASSERT_EQ(launchctlCalls(call("load")), call("load"));
+    ASSERT_EQ(volume.callsOnce(call("load")), call("load"));
     TestVolume::write(volume.support() / "data", "the user's");
     Preferences::preferencesPtr()->setLastDisplayedVersionOfEndUserLicense(1);
     ASSERT_EQ(started().uninstallAndIsUpdating(false), noErr);
@@ -154,7 +148,7 @@ TEST_F(AgentInstallerTest, UninstallMovesEverythingToTheTrashAndForgetsTheSettin
     EXPECT_EQ(TestVolume::read(volume.trash() / "ZEK Velmora/data"), "the user's");
     EXPECT_TRUE(fs::exists(volume.trash() / "com.zek.Velmora.plist"));
     EXPECT_TRUE(volume.preferences().empty());
-    EXPECT_EQ(launchctlCalls(call("load") + call("unload")), call("load") + call("unload"));
+    EXPECT_EQ(volume.callsOnce(call("load") + call("unload")), call("load") + call("unload"));
 }
 
 TEST_F(AgentInstallerTest, UninstallingNothingSucceedsAndForgetsTheSettings)
@@ -185,6 +179,6 @@ TEST_F(AgentInstallerTest, UpdateReplacesTheAgentAndKeepsTheSettings)
     EXPECT_EQ(agent.agentVersion(), 0x02108000U);
     EXPECT_EQ(volume.preferences().count("Launch At Login"), 1U);
     // Both are started one after the other, but run side by side.
-    const std::string calls = launchctlCalls(call("unload") + call("load"));
+    const std::string calls = volume.callsOnce(call("unload") + call("load"));
     EXPECT_TRUE(calls == call("unload") + call("load") || calls == call("load") + call("unload")) << calls;
 }

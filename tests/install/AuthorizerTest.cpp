@@ -14,20 +14,13 @@ class AuthorizerTest : public ::testing::Test {
 protected:
     AuthorizerTest() { volume.makeInstaller("1.0").recordDriverTool(); }
 
-    /// What the tool was called with, once it has been called.
-    std::string recordedCalls(const std::string& expected)
-    {
-        Eventually([&] { return volume.calls().size() >= expected.size(); });
-        return volume.calls();
-    }
-
     /// Nothing was started so far: a call that is allowed is the first that the tool sees.
     void expectOnlyCall()
     {
         fs::permissions(volume.resources(), fs::perms(0755));
         ASSERT_EQ(authorizer->setToolName("driverinstall"), noErr);
         ASSERT_EQ(authorizer->runToolWithArguments({ "allowed" }), noErr);
-        EXPECT_EQ(recordedCalls("allowed\n\n"), "allowed\n\n");
+        EXPECT_EQ(volume.callsOnce("allowed\n\n"), "allowed\n\n");
     }
 
     TestVolume volume;
@@ -43,9 +36,9 @@ TEST_F(AuthorizerTest, StartsTheToolWithExactlyTheseArguments)
     EXPECT_EQ(authorizer->toolPathname(), (volume.resources() / "driverinstall").string());
     EXPECT_EQ(authorizer->runToolWithArguments({ "two words", "\xC3\xA9\"'$HOME", "-x" }), noErr);
     const std::string first = "two words\n\xC3\xA9\"'$HOME\n-x\n\n";
-    EXPECT_EQ(recordedCalls(first), first);
+    EXPECT_EQ(volume.callsOnce(first), first);
     EXPECT_EQ(authorizer->runToolWithArguments({}), noErr);
-    EXPECT_EQ(recordedCalls(first + "\n"), first + "\n") << "no arguments at all";
+    EXPECT_EQ(volume.callsOnce(first + "\n"), first + "\n") << "no arguments at all";
 }
 
 TEST_F(AuthorizerTest, ArgumentsThatCannotBePassedAreRefusedBeforeAnybodyIsAsked)

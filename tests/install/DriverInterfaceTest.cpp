@@ -14,11 +14,6 @@ class DriverInterfaceTest : public ::testing::Test {
 protected:
     DriverInterfaceTest() { volume.makeInstaller("2.1").carryDriver("1.2").recordDriverTool(); }
 
-    std::string recordedCalls(const std::string& expected)
-    {
-        Eventually([&] { return volume.calls().size() >= expected.size(); });
-        return volume.calls();
-    }
     std::string installCall() const
     {
         return "install\ndrivername\nZEKDockChargingSupport.kext\nsourcedirectory\n"
@@ -68,7 +63,7 @@ TEST_F(DriverInterfaceTest, InstallCallsTheToolAndNeedsARestart)
     DriverInterface& driver = *DriverInterface::init();
     EXPECT_EQ(driver.install(), noErr);
     EXPECT_TRUE(driver.restartRequired());
-    EXPECT_EQ(recordedCalls(installCall()), installCall());
+    EXPECT_EQ(volume.callsOnce(installCall()), installCall());
     EXPECT_TRUE(driver.canInstall()) << "the answers are those of the start";
 }
 
@@ -77,7 +72,7 @@ TEST_F(DriverInterfaceTest, TheEarlierGenerationIsRemovedWithAnUpdate)
     volume.installDriver("1.0", kOldDriver);
     EXPECT_EQ(DriverInterface::init()->update(), noErr);
     const std::string both = uninstallCall(kOldDriver) + installCall();
-    const std::string calls = recordedCalls(both);
+    const std::string calls = volume.callsOnce(both);
     // Both are started one after the other, but run side by side.
     EXPECT_EQ(calls.size(), both.size());
     EXPECT_NE(calls.find(uninstallCall(kOldDriver)), std::string::npos);
@@ -94,7 +89,7 @@ TEST_F(DriverInterfaceTest, UninstallRemovesWhatIsThere)
     DriverInterface& onlyOld = *DriverInterface::init();
     EXPECT_EQ(onlyOld.uninstall(), noErr);
     EXPECT_FALSE(onlyOld.restartRequired()) << "the earlier generation alone needs none";
-    EXPECT_EQ(recordedCalls(uninstallCall(kOldDriver)), uninstallCall(kOldDriver));
+    EXPECT_EQ(volume.callsOnce(uninstallCall(kOldDriver)), uninstallCall(kOldDriver));
 
     fs::remove_all(volume.extensions() / kOldDriver);
     volume.installDriver("1.2");
@@ -102,7 +97,7 @@ TEST_F(DriverInterfaceTest, UninstallRemovesWhatIsThere)
     EXPECT_EQ(current.uninstall(), noErr);
     EXPECT_TRUE(current.restartRequired());
     const std::string calls = uninstallCall(kOldDriver) + uninstallCall("ZEKDockChargingSupport.kext");
-    EXPECT_EQ(recordedCalls(calls), calls);
+    EXPECT_EQ(volume.callsOnce(calls), calls);
 }
 
 TEST_F(DriverInterfaceTest, AToolThatCannotBeStartedIsReportedAndNeedsNoRestart)
@@ -119,14 +114,14 @@ TEST_F(DriverInterfaceTest, AToolThatCannotBeStartedIsReportedAndNeedsNoRestart)
     EXPECT_FALSE(driver.restartRequired());
     fs::permissions(volume.resources() / "driverinstall", fs::perms(0755));
     EXPECT_EQ(driver.callDriverInstallWithArguments({ "allowed" }), noErr);
-    EXPECT_EQ(recordedCalls("allowed\n\n"), "allowed\n\n") << "nothing was started before";
+    EXPECT_EQ(volume.callsOnce("allowed\n\n"), "allowed\n\n") << "nothing was started before";
 }
 
 TEST_F(DriverInterfaceTest, AFailureForgetsThatARestartWasNeeded)
 {
     DriverInterface& driver = *DriverInterface::init();
     EXPECT_EQ(driver.install(), noErr);
-    recordedCalls(installCall());
+    volume.callsOnce(installCall());
     breakTool();
     EXPECT_NE(driver.install(), noErr);
     EXPECT_FALSE(driver.restartRequired());

@@ -148,16 +148,16 @@ pid_t LaunchctlFixture::notedProcess(const std::string& label, size_t count) con
     return static_cast<pid_t>(std::strtol(notes(label)[count - 1].c_str(), nullptr, 10));
 }
 
-launchd::UniqueDescriptor LaunchctlFixture::connection()
+Descriptor LaunchctlFixture::connection()
 {
     std::string problem;
     const auto folder = launchd::RuntimeFolder::open(problem);
-    return folder ? folder->connect() : launchd::UniqueDescriptor();
+    return folder ? folder->connect() : Descriptor();
 }
 
 pid_t LaunchctlFixture::supervisor()
 {
-    const launchd::UniqueDescriptor peer = connection();
+    const Descriptor peer = connection();
     ucred credentials {};
     socklen_t size = sizeof credentials;
     return peer && getsockopt(peer.get(), SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0 ? credentials.pid

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/tools/launchd/UniqueDescriptor.h"
+#include <Host/Descriptor.h>
 
 #include <gtest/gtest.h>
 
@@ -61,7 +61,7 @@ protected:
     pid_t notedProcess(const std::string& label, size_t count) const;
 
     /// @return a socket connected to the supervisor, or none.
-    static launchd::UniqueDescriptor connection();
+    static Descriptor connection();
     /// @return the process that serves, or 0.
     static pid_t supervisor();
     std::filesystem::path runtimeFolder() const;

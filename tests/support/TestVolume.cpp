@@ -139,6 +139,12 @@ TestVolume& TestVolume::recordDriverTool()
 
 std::string TestVolume::calls() const { return read(root() / "calls"); }
 
+std::string TestVolume::callsOnce(const std::string& expected) const
+{
+    Eventually([&] { return calls().size() >= expected.size(); });
+    return calls();
+}
+
 std::map<std::string, std::string> TestVolume::preferences() const
 {
     std::map<std::string, std::string> words;

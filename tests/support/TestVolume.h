@@ -42,6 +42,8 @@ public:
     TestVolume& recordDriverTool();
     /// How recorders were called so far: arguments one a line, each call ended by an empty line.
     std::string calls() const;
+    /// The same, once as much has been recorded as is expected; callers start recorders without waiting for them.
+    std::string callsOnce(const std::string& expected) const;
 
     /// The preferences domain as it is on the disk, each value in words; empty when there is no readable
     /// file.

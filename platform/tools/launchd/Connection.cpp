@@ -13,7 +13,7 @@ constexpr std::chrono::seconds patience { 10 };
 bool IsLater(ssize_t result) { return result < 0 && (errno == EAGAIN || errno == EINTR); }
 }
 
-Connection::Connection(UniqueDescriptor socket, TimePoint now)
+Connection::Connection(Descriptor socket, TimePoint now)
     : fSocket(std::move(socket))
     , fDeadline(now + patience)
 {
@@ -95,7 +95,7 @@ void Connection::send()
 
 void Connection::close()
 {
-    fSocket.reset();
+    fSocket.close();
     fBytes.clear();
     fDeadline = TimePoint::max();
 }

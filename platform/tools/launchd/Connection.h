@@ -12,7 +12,7 @@ namespace launchd {
 class Connection {
 public:
     /// @param socket connected and non-blocking.
-    Connection(UniqueDescriptor socket, TimePoint now);
+    Connection(Descriptor socket, TimePoint now);
 
     int descriptor() const { return fSocket.get(); }
     short pollEvents() const;
@@ -36,7 +36,7 @@ private:
     void send();
     bool hasWholeFrame() const;
 
-    UniqueDescriptor fSocket;
+    Descriptor fSocket;
     State fState = State::reading;
     std::string fBytes; ///< received so far, or left to send
     TimePoint fDeadline;

@@ -1,7 +1,7 @@
 #include "JobFile.h"
 
 #include "PropertyList.h"
-#include "UniqueDescriptor.h"
+#include <Host/Descriptor.h>
 
 #include <Host/AtomicFile.h>
 #include <Host/HostPath.h>
@@ -94,8 +94,7 @@ Answer FindJobFiles(const std::string& given, std::vector<std::string>& files)
 Answer ReadJobFile(const std::string& given, JobFile& file)
 {
     // Without waiting: the path may name a pipe that nobody writes to.
-    const UniqueDescriptor descriptor(
-        open(HostFile(given).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const Descriptor descriptor(open(HostFile(given).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status { };
     if (!descriptor || fstat(descriptor.get(), &status) != 0)
         return SystemFailure(given, errno);

@@ -1,6 +1,7 @@
 #include "JobProcess.h"
 
 #include <Host/HostPath.h>
+#include <Host/ProgramStart.h>
 
 #include <fcntl.h>
 #include <pwd.h>
@@ -59,25 +60,6 @@ struct Plan {
     std::vector<std::string> environment;
 };
 
-std::vector<char*> Pointers(std::vector<std::string>& texts)
-{
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
-void ResetSignals()
-{
-    for (int number = 1; number < NSIG; ++number)
-        static_cast<void>(signal(number, SIG_DFL)); // the few that refuse are at their default anyway
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-}
-
 /// Puts the file in the place of one of the standard descriptors. @return false with errno set.
 bool Redirect(const std::string& path, int standardDescriptor)
 {
@@ -116,7 +98,7 @@ bool Redirect(const std::string& path, int standardDescriptor)
         Fail(report, StartFailure::Step::standardErrorPath);
     if (chdir(plan.workingDirectory.c_str()) != 0)
         Fail(report, StartFailure::Step::workingDirectory);
-    execve(plan.program.c_str(), Pointers(plan.arguments).data(), Pointers(plan.environment).data());
+    execve(plan.program.c_str(), PointersTo(plan.arguments).data(), PointersTo(plan.environment).data());
     Fail(report, StartFailure::Step::program);
 }
 }
@@ -126,15 +108,15 @@ JobProcess StartJob(const Job& job)
     Plan plan(job);
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
-        return { .pid = 0, .error = errno, .report = UniqueDescriptor() };
-    UniqueDescriptor report(ends[0]);
-    const UniqueDescriptor reporter(ends[1]);
+        return { .pid = 0, .error = errno, .report = Descriptor() };
+    Descriptor report(ends[0]);
+    const Descriptor reporter(ends[1]);
     fcntl(report.get(), F_SETFL, O_NONBLOCK);
 
     const pid_t supervisor = getpid();
     const pid_t pid = fork();
     if (pid < 0)
-        return { .pid = 0, .error = errno, .report = UniqueDescriptor() };
+        return { .pid = 0, .error = errno, .report = Descriptor() };
     if (pid == 0)
         Become(plan, reporter.get(), supervisor);
     return { .pid = pid, .error = 0, .report = std::move(report) };

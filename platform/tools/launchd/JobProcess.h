@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Job.h"
-#include "UniqueDescriptor.h"
+#include <Host/Descriptor.h>
 
 #include <sys/types.h>
 
@@ -12,7 +12,7 @@ struct JobProcess {
     pid_t pid = 0; ///< 0 when there is none
     int error = 0; ///< errno when there is none
     /// Non-blocking. Ends without a byte as soon as the program runs, or brings one StartFailure.
-    UniqueDescriptor report;
+    Descriptor report;
 };
 
 /// Why a process did not become the job's program; it has exited with startFailureStatus.

@@ -23,7 +23,8 @@ namespace launchd {
 //   reply    "Status"  integer  see ExitStatus
 //            "Message" string   one sentence where the status is not 0
 //            "Jobs"    array    list: a dictionary with "Label", "Program" and "Session" (strings),
-//                               "LastExitStatus" (integer) and, while it runs, "PID" (integer)
+//                               "LastExitStatus" (integer) and, while it runs and is not being
+//                               ended, "PID" (integer)
 //
 // The reply to a load comes when the job's program runs or could not be run; that to an unload when the job
 // is gone. A connection that ends without a reply means that the supervisor ended: the request may be put to
@@ -49,9 +50,9 @@ struct JobState {
     std::string label;
     std::string program;
     std::string session;
-    pid_t pid = 0; ///< 0 while it does not run
-    int lastExitStatus
-        = 0; ///< exit status of its last run, or the negative number of the signal that ended it
+    pid_t pid = 0; ///< 0 while it does not run or is being ended
+    /// Exit status of its last run, or the negative number of the signal that ended it.
+    int lastExitStatus = 0;
 };
 
 struct Reply {

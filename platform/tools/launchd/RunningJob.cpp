@@ -22,7 +22,7 @@ JobState RunningJob::state() const
     return { .label = fJob.label,
         .program = fJob.program,
         .session = fSession,
-        .pid = fPid,
+        .pid = fStopping ? 0 : fPid, // whoever asks waits for the next one
         .lastExitStatus = fLastExitStatus };
 }
 
@@ -59,7 +59,7 @@ void RunningJob::readReport()
     const ssize_t size = read(fReport.get(), &failure, sizeof failure);
     if (size < 0 && (errno == EAGAIN || errno == EINTR))
         return;
-    fReport.reset();
+    fReport.close();
     if (size == static_cast<ssize_t>(sizeof failure))
         fStartProblem = Describe(failure, fJob);
 }
@@ -77,7 +77,7 @@ void RunningJob::reap(TimePoint now)
     int waitStatus = 0;
     waitpid(fPid, &waitStatus, 0);
     fPid = 0;
-    fReport.reset();
+    fReport.close();
     ended(waitStatus, now);
 }
 

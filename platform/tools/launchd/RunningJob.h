@@ -53,7 +53,7 @@ private:
     std::string fPath;
     std::string fSession;
     pid_t fPid = 0;
-    UniqueDescriptor fReport;
+    Descriptor fReport;
     std::string fStartProblem;
     int fLastExitStatus = 0;
     bool fStopping = false;

@@ -1,5 +1,6 @@
 #include "RuntimeFolder.h"
 
+#include <Host/Folders.h>
 #include <Host/HostPath.h>
 
 #include <fcntl.h>
@@ -30,13 +31,14 @@ sockaddr_un SocketAddress(int folder)
 }
 
 /// @return 0 or an errno. A new volume has neither the folder nor those that it lies in.
-int MakeFolders(const std::string& path)
+int MakeRuntimeFolder(const std::string& path)
 {
-    const std::string volume = HostStartupVolume();
-    mkdir((volume + "/private").c_str(), 0755);
     // Every user's supervisor lives side by side in here, as in any folder for temporary files.
-    const std::string temporary = volume + "/private/tmp";
-    if (mkdir(temporary.c_str(), 0700) == 0 && chmod(temporary.c_str(), S_ISVTX | 0777) != 0)
+    const std::string temporary = path.substr(0, path.rfind('/'));
+    const int error = MakeFolders(temporary, 0700, 0755);
+    if (error != 0 && error != EEXIST)
+        return error;
+    if (error == 0 && chmod(temporary.c_str(), S_ISVTX | 0777) != 0)
         return errno;
     return mkdir(path.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
 }
@@ -50,7 +52,7 @@ std::string RuntimeFolder::path()
 std::optional<RuntimeFolder> RuntimeFolder::open(std::string& problem)
 {
     problem.clear();
-    UniqueDescriptor folder(::open(path().c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    Descriptor folder(::open(path().c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status { };
     if (!folder || fstat(folder.get(), &status) != 0) {
         if (errno != ENOENT)
@@ -68,7 +70,7 @@ std::optional<RuntimeFolder> RuntimeFolder::claim(std::string& problem)
 {
     problem.clear();
     for (;;) {
-        if (const int error = MakeFolders(path()); error != 0) {
+        if (const int error = MakeRuntimeFolder(path()); error != 0) {
             problem = path() + ": " + std::strerror(error);
             return std::nullopt;
         }
@@ -87,9 +89,9 @@ std::optional<RuntimeFolder> RuntimeFolder::claim(std::string& problem)
     }
 }
 
-UniqueDescriptor RuntimeFolder::connect() const
+Descriptor RuntimeFolder::connect() const
 {
-    UniqueDescriptor peer(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    Descriptor peer(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!peer)
         return peer;
     const timeval patience { .tv_sec = sendTimeOut, .tv_usec = 0 };
@@ -98,21 +100,21 @@ UniqueDescriptor RuntimeFolder::connect() const
         && ::connect(peer.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
         return peer;
     const int error = errno;
-    peer.reset();
+    peer.close();
     errno = error;
     return peer;
 }
 
-UniqueDescriptor RuntimeFolder::listen() const
+Descriptor RuntimeFolder::listen() const
 {
-    UniqueDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    Descriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     const sockaddr_un address = SocketAddress(fFolder.get());
     unlinkat(fFolder.get(), socketName, 0);
     if (listener && bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0
         && ::listen(listener.get(), backlog) == 0)
         return listener;
     const int error = errno;
-    listener.reset();
+    listener.close();
     errno = error;
     return listener;
 }

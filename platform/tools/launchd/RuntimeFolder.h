@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UniqueDescriptor.h"
+#include <Host/Descriptor.h>
 
 #include <optional>
 #include <string>
@@ -26,24 +26,24 @@ public:
 
     /// @return a socket connected to the supervisor, or none with errno set. Sending and connecting are
     /// bounded in time, receiving is not.
-    UniqueDescriptor connect() const;
+    Descriptor connect() const;
 
     /// Replaces whatever socket is there. Only for the holder of the lock.
     /// @return a non-blocking listening socket, or none with errno set.
-    UniqueDescriptor listen() const;
+    Descriptor listen() const;
 
     /// Removes the socket and the folder. Only for the holder of the lock.
     void remove() const;
 
 private:
-    explicit RuntimeFolder(UniqueDescriptor folder)
+    explicit RuntimeFolder(Descriptor folder)
         : fFolder(std::move(folder))
     {
     }
     /// Whether path() still names the folder that is open, which its last holder may have removed.
     bool isInPlace() const;
 
-    UniqueDescriptor fFolder;
+    Descriptor fFolder;
 };
 
 } // namespace launchd

@@ -41,7 +41,7 @@ Answer LoadOutcome(const RunningJob& job)
 }
 }
 
-Supervisor::Supervisor(RuntimeFolder folder, UniqueDescriptor listener, UniqueDescriptor signals)
+Supervisor::Supervisor(RuntimeFolder folder, Descriptor listener, Descriptor signals)
     : fFolder(std::move(folder))
     , fListener(std::move(listener))
     , fSignals(std::move(signals))
@@ -117,7 +117,7 @@ void Supervisor::readSignals()
 void Supervisor::beginToEnd()
 {
     fEnding = true;
-    fListener.reset();
+    fListener.close();
     for (Entry& entry : fJobs) {
         entry.job.stop(fNow);
         for (const Waiting& waiting : entry.waiting)
@@ -130,7 +130,7 @@ void Supervisor::beginToEnd()
 void Supervisor::acceptClients()
 {
     while (fListener) {
-        UniqueDescriptor client(accept4(fListener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        Descriptor client(accept4(fListener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (!client)
             return;
         if (!MayGiveOrders(client.get()))

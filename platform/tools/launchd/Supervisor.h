@@ -17,7 +17,7 @@ class Supervisor {
 public:
     /// @param folder claimed. @param listener from its listen().
     /// @param signals non-blocking signalfd with SIGCHLD and the signals that end it, which are blocked.
-    Supervisor(RuntimeFolder folder, UniqueDescriptor listener, UniqueDescriptor signals);
+    Supervisor(RuntimeFolder folder, Descriptor listener, Descriptor signals);
 
     /// Returns after the last job was unloaded, or a signal made it stop every job. The socket and the
     /// folder are gone then; clients that it did not answer find their connection closed and turn to the
@@ -62,8 +62,8 @@ private:
     Entry* find(const std::string& path, const std::string& label);
 
     RuntimeFolder fFolder;
-    UniqueDescriptor fListener;
-    UniqueDescriptor fSignals;
+    Descriptor fListener;
+    Descriptor fSignals;
     std::list<Entry> fJobs; ///< in the order of loading
     std::map<ClientId, Connection> fClients; ///< in the order of coming
     ClientId fLastClient = 0;

@@ -85,7 +85,7 @@ Exchange Ask(const Request& request)
     const std::optional<RuntimeFolder> folder = RuntimeFolder::open(problem);
     if (!folder)
         return { std::nullopt, problem };
-    const UniqueDescriptor peer = folder->connect();
+    const Descriptor peer = folder->connect();
     if (!peer)
         return Failed(errno);
     if (const int error = SendAll(peer.get(), *frame); error != 0)

@@ -1,6 +1,6 @@
 #include "SupervisorStart.h"
 
-#include "UniqueDescriptor.h"
+#include <Host/Descriptor.h>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -26,8 +26,8 @@ void Give(int notice, const std::string& text)
 [[noreturn]] void Become(const std::string& program, int notice)
 {
     const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-    notice
-        = fcntl(notice, F_DUPFD, noticePlace); // clear of the standard descriptors, whatever this program had
+    // Clear of the standard descriptors, whatever this program had.
+    notice = fcntl(notice, F_DUPFD, noticePlace);
     for (const int standard : { STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO })
         dup2(nothing, standard);
     dup2(notice, noticePlace);
@@ -85,11 +85,11 @@ std::string StartSupervisor()
     int ends[2];
     if (error || pipe2(ends, O_CLOEXEC) != 0)
         return std::string("launchd could not be started: ") + std::strerror(error ? error.value() : errno);
-    const UniqueDescriptor reader(ends[0]);
-    UniqueDescriptor writer(ends[1]);
+    const Descriptor reader(ends[0]);
+    Descriptor writer(ends[1]);
     if (!StartDetached(self.parent_path() / "launchd", writer.get()))
         return std::string("launchd could not be started: no process could be made for it");
-    writer.reset(); // or the end of the notice would never come
+    writer.close(); // or the end of the notice would never come
     return ReadNotice(reader.get());
 }
 

@@ -8,8 +8,7 @@ namespace launchd {
 /// one of these words, or a sentence about why it cannot serve.
 namespace StartNotice {
 constexpr const char* serving = "serving"; ///< its socket answers
-constexpr const char* busy
-    = "busy"; ///< another supervisor holds the folder, so that one serves, or soon will
+constexpr const char* busy = "busy"; ///< another one holds the folder, which serves, or soon will
 }
 
 /// Starts the `launchd` that lies beside this program, detached: in a session of its own, a child of init,

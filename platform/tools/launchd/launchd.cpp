@@ -21,7 +21,7 @@ namespace {
 
 /// Takes the signals that the supervisor lives by out of the usual delivery, whatever its starter did with
 /// them: an ignored SIGCHLD would lose the jobs' ends.
-UniqueDescriptor ReceiveSignals()
+Descriptor ReceiveSignals()
 {
     sigset_t set;
     sigemptyset(&set);
@@ -30,28 +30,28 @@ UniqueDescriptor ReceiveSignals()
         sigaddset(&set, number);
     }
     sigprocmask(SIG_BLOCK, &set, nullptr);
-    return UniqueDescriptor(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC));
+    return Descriptor(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC));
 }
 
 /// @return the descriptor asked for with --notify, none without, or nothing for other arguments.
-std::optional<UniqueDescriptor> NoticeDescriptor(int argc, char** argv)
+std::optional<Descriptor> NoticeDescriptor(int argc, char** argv)
 {
     if (argc == 1)
-        return UniqueDescriptor();
+        return Descriptor();
     int descriptor = -1;
     const std::string_view number = argc == 3 ? argv[2] : "";
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), descriptor);
     if (argc != 3 || std::string_view(argv[1]) != "--notify" || error != std::errc() || *end != '\0'
         || descriptor < 0)
         return std::nullopt;
-    return UniqueDescriptor(descriptor);
+    return Descriptor(descriptor);
 }
 
-void GiveNotice(UniqueDescriptor& descriptor, const std::string& notice)
+void GiveNotice(Descriptor& descriptor, const std::string& notice)
 {
     // A starter that is gone needs no notice; the one after it finds the socket.
     [[maybe_unused]] const ssize_t written = write(descriptor.get(), notice.data(), notice.size());
-    descriptor.reset();
+    descriptor.close();
 }
 
 }
@@ -59,13 +59,13 @@ void GiveNotice(UniqueDescriptor& descriptor, const std::string& notice)
 int main(int argc, char** argv)
 {
     openlog("launchd", LOG_PID | LOG_PERROR, LOG_USER);
-    std::optional<UniqueDescriptor> notice = NoticeDescriptor(argc, argv);
+    std::optional<Descriptor> notice = NoticeDescriptor(argc, argv);
     if (!notice) {
         syslog(LOG_ERR, "usage: launchd [--notify DESCRIPTOR]");
         return ExitStatus::usage;
     }
     static_cast<void>(signal(SIGPIPE, SIG_IGN)); // the starter may be gone by the time of the notice
-    UniqueDescriptor signals = ReceiveSignals();
+    Descriptor signals = ReceiveSignals();
 
     std::string problem;
     std::optional<RuntimeFolder> folder = RuntimeFolder::claim(problem);
@@ -73,7 +73,7 @@ int main(int argc, char** argv)
         GiveNotice(*notice, StartNotice::busy);
         return ExitStatus::ok;
     }
-    UniqueDescriptor listener = folder ? folder->listen() : UniqueDescriptor();
+    Descriptor listener = folder ? folder->listen() : Descriptor();
     if (folder && (!listener || !signals))
         problem = RuntimeFolder::path() + ": " + std::strerror(errno);
     if (!problem.empty()) {
