@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The calls that change the disk. A "?" lets strace pass over those that the processor's Linux does not have.
+/// The calls that change the disk. A "?" lets strace pass over those that this kind of Linux does not have.
 constexpr const char* changes
     = "flock,mkdirat,write,fchown,fchmod,fsync,?utimensat,?renameat,renameat2,unlinkat";
 constexpr const char* readings = ",openat,getdents64,read";

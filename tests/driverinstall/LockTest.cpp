@@ -57,11 +57,12 @@ TEST_F(LockTest, OneRunAtATimeHasTheFolderAndTheLastLeavesNothingInIt)
     std::atomic<int> inside = 0;
     std::atomic<int> meetings = 0;
     const auto comeAndGo = [&] {
-        for (int turns = 0; turns < 2000;) {
+        for (int turns = 0; turns < 500;) {
             ExtensionsFolder folder;
             if (!take(folder))
                 continue;
             meetings += inside++;
+            std::this_thread::sleep_for(std::chrono::microseconds(50));
             ++turns;
             --inside;
         }

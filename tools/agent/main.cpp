@@ -1,6 +1,7 @@
 // The login agent: a background program that launchd starts at login and keeps alive. It has no windows and
 // does nothing between signals. SIGHUP makes it read its settings again; SIGTERM and SIGINT end it.
 
+#include "util/Bundle.h"
 #include "util/CFText.h"
 #include <CoreFoundation/CoreFoundation.h>
 #include <cerrno>
@@ -31,11 +32,7 @@ std::string RecordedVersion()
 
 std::string OwnVersion()
 {
-    CFBundleRef bundle = CFBundleGetMainBundle();
-    CFTypeRef value = bundle == nullptr
-        ? nullptr
-        : CFBundleGetValueForInfoDictionaryKey(bundle, CFSTR("CFBundleShortVersionString"));
-    const std::string version = StdString(CFDynamicCast<CFStringRef>(value, CFStringGetTypeID()));
+    const std::string version = StdString(MainBundleText(CFSTR("CFBundleShortVersionString")));
     return version.empty() ? "unknown" : version;
 }
 

@@ -3,10 +3,9 @@
 #include <string>
 
 /// How a run ended, as its exit status says it. The numbers are those of <sysexits.h> where one of them fits.
-/// The extensions in /Library/Extensions are as asked at 0. At 74 the old or the new one is there, whole;
-/// on a file system that cannot swap, possibly not before the next run has put it back. At all others they are
-
-/// as they were.
+/// The extensions in /Library/Extensions are as asked at 0. At 74 the old or the new one is there, whole; on
+/// a file system that cannot swap, possibly not before the next run has put it back. At all others nothing
+/// has changed.
 enum class ExitCode : int {
     ok = 0, ///< done, or there was nothing to remove
     usage = 64, ///< the arguments have neither of the two forms

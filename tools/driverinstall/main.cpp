@@ -4,6 +4,8 @@
 
 #include "tools/driverinstall/DriverInstall.h"
 #include "tools/driverinstall/Report.h"
+#include "util/Launch.h"
+
 #include <Host/HostPath.h>
 #include <csignal>
 #include <fcntl.h>
@@ -14,17 +16,6 @@
 extern char** environ; // NOLINT(readability-redundant-declaration): a Mac's headers do not declare it
 
 namespace {
-
-/// Callers may start root programs with standard streams closed; the first files opened would take their
-/// numbers and receive the messages.
-void OpenStandardStreams()
-{
-    int descriptor = open("/dev/null", O_RDWR);
-    while (descriptor >= 0 && descriptor < 3)
-        descriptor = open("/dev/null", O_RDWR);
-    if (descriptor >= 0)
-        close(descriptor);
-}
 
 Outcome Run(const std::vector<std::string>& arguments)
 {
