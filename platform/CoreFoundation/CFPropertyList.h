@@ -35,9 +35,9 @@ enum : CFIndex {
 /// @param data not null. @param options one of CFPropertyListMutabilityOptions.
 /// @param format receives the format found; may be null.
 /// @param error receives on failure an error that the caller releases; may be null.
-/// @return null for bytes that are not one whole, well-formed property list, for more than 4 GiB, for text with
-/// a null character or half a surrogate pair, and for a binary one that refers to the same objects so often
-/// that it would expand to many times its size.
+/// @return null for bytes that are not one whole, well-formed property list, for more than 4 GiB, for text
+/// with a null character or half a surrogate pair, and for a binary one that refers to the same objects so
+/// often that it would expand to many times its size.
 CF_EXPORT CFPropertyListRef CFPropertyListCreateWithData(CFAllocatorRef allocator, CFDataRef data,
     CFOptionFlags options, CFPropertyListFormat* format, CFErrorRef* error);
 

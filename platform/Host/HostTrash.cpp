@@ -24,10 +24,13 @@ std::string DataFolder()
     return named != nullptr && *named == '/' ? named : HostHomeFolder() + "/.local/share";
 }
 
-bool TakesEntries(const std::string& folder)
+/// Makes a folder of the Trash where it is missing. What it holds is its owner's business alone.
+/// @return whether it can take items.
+bool Prepare(const std::string& folder)
 {
+    const int error = MakeFolders(folder, 0700, 0755);
     struct stat info { };
-    return stat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode)
+    return (error == 0 || error == EEXIST) && stat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode)
         && access(folder.c_str(), W_OK | X_OK) == 0;
 }
 
@@ -36,13 +39,7 @@ bool TakesEntries(const std::string& folder)
 bool HostPrepareTrash()
 {
     const std::string trash = DataFolder() + "/Trash";
-    for (const std::string& folder : { trash, trash + "/files", trash + "/info" }) {
-        // What the Trash holds is its owner's business alone.
-        const int error = MakeFolders(folder, 0700, 0755);
-        if ((error != 0 && error != EEXIST) || !TakesEntries(folder))
-            return false;
-    }
-    return true;
+    return Prepare(trash) && Prepare(trash + "/files") && Prepare(trash + "/info");
 }
 
 #endif

@@ -31,7 +31,7 @@ class BundleTest : public testing::Test {
 protected:
     Held<CFBundleRef> open(const std::string& name) const
     {
-        const std::string path = folder.path(name);
+        const std::string path = name.starts_with('/') ? name : folder.path(name);
         const Held<CFURLRef> url = Hold(CFURLCreateFromFileSystemRepresentation(
             nullptr, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), true));
         return Hold(CFBundleCreate(nullptr, url.get()));
@@ -74,54 +74,6 @@ protected:
 
 } // namespace
 
-TEST_F(BundleTest, ReadsWhatTheInformationFileSays)
-{
-    const std::string info = InfoText(Pair("CFBundleIdentifier", "org.example.App")
-        + Pair("CFBundleExecutable", "Run") + "<key>N</key><integer>4</integer>");
-    folder.write("Modern.app/Contents/Info.plist", info);
-    folder.write("Modern.app/Contents/MacOS/Run", "");
-    folder.write("Flat.kext/Info.plist", info);
-    folder.write("Flat.kext/Run", "");
-    for (const char* name : { "Modern.app", "Flat.kext" }) {
-        const Held<CFBundleRef> bundle = open(name);
-        ASSERT_TRUE(bundle);
-        EXPECT_EQ(Show(CFBundleGetIdentifier(bundle.get())), "org.example.App");
-        EXPECT_TRUE(
-            CFEqual(CFBundleGetValueForInfoDictionaryKey(bundle.get(), CFSTR("N")), Integer(4).get()));
-        EXPECT_FALSE(CFBundleGetValueForInfoDictionaryKey(bundle.get(), CFSTR("Missing")));
-        EXPECT_EQ(CFDictionaryGetCount(CFBundleGetInfoDictionary(bundle.get())), 3);
-        EXPECT_EQ(TakenPath(CFBundleCopyBundleURL(bundle.get())), folder.path(name));
-    }
-    EXPECT_EQ(TakenPath(CFBundleCopyExecutableURL(open("Modern.app").get())),
-        folder.path("Modern.app/Contents/MacOS/Run"));
-    EXPECT_EQ(TakenPath(CFBundleCopyExecutableURL(open("Flat.kext").get())), folder.path("Flat.kext/Run"));
-}
-
-TEST_F(BundleTest, AnUnusableInformationFileCountsAsEmpty)
-{
-    folder.write(
-        "Truncated.app/Contents/Info.plist", InfoText(Pair("CFBundleIdentifier", "x")).substr(0, 60));
-    folder.write("List.app/Contents/Info.plist", "<plist><array/></plist>");
-    folder.write("Folder.app/Contents/Info.plist/file", "");
-    folder.write("None.app/Contents/file", "");
-    folder.write("Nothing.app/file", "");
-    folder.write("WrongTypes.app/Contents/Info.plist",
-        InfoText("<key>CFBundleIdentifier</key><true/><key>CFBundleExecutable</key><array/>"
-                 "<key>CFBundleLocalizations</key><string>en</string><key>CFBundleDevelopmentRegion</"
-                 "key><false/>"));
-    for (const char* name :
-        { "Truncated.app", "List.app", "Folder.app", "None.app", "Nothing.app", "WrongTypes.app" }) {
-        const Held<CFBundleRef> bundle = open(name);
-        ASSERT_TRUE(bundle) << name;
-        EXPECT_FALSE(CFBundleGetIdentifier(bundle.get())) << name;
-        EXPECT_FALSE(Hold(CFBundleCopyExecutableURL(bundle.get()))) << name;
-        EXPECT_EQ(localized(bundle.get(), "key"), "(none)");
-    }
-    EXPECT_EQ(CFDictionaryGetCount(CFBundleGetInfoDictionary(open("Truncated.app").get())), 0);
-    EXPECT_FALSE(open("Missing.app"));
-    EXPECT_FALSE(open("Nothing.app/file"));
-}
-
 TEST_F(BundleTest, TheMainBundleFollowsTheProcessPath)
 {
     folder.write("One.app/Contents/Info.plist", InfoText(Pair("CFBundleIdentifier", "one")));
@@ -162,21 +114,15 @@ TEST_F(BundleTest, FindsResourcesWithAndWithoutLanguages)
     const Held<CFBundleRef> app = open("App.app");
     EXPECT_EQ(find(app.get(), "plain", "txt"), resources + "/plain.txt");
     EXPECT_EQ(find(app.get(), "plain", ".txt"), resources + "/plain.txt");
-    EXPECT_EQ(find(app.get(), "plain.txt", nullptr), resources + "/plain.txt");
     EXPECT_EQ(find(app.get(), "plain.txt", "", "Help"), resources + "/Help/plain.txt");
     EXPECT_EQ(find(app.get(), "page", "html", "Help"), resources + "/en.lproj/Help/page.html");
     EXPECT_EQ(find(app.get(), "local", "txt"), resources + "/en.lproj/local.txt");
     EXPECT_EQ(find(app.get(), "absent", "txt"), "(null)");
     EXPECT_EQ(find(app.get(), nullptr, "txt"), "(null)");
-    EXPECT_EQ(find(app.get(), "", "txt"), "(null)");
     const Environment german("LANG", "de_DE.UTF-8");
     EXPECT_EQ(find(app.get(), "local", "txt"), resources + "/de.lproj/local.txt");
     EXPECT_EQ(find(open("Flat.kext").get(), "beside", "txt"), folder.path("Flat.kext/beside.txt"));
     EXPECT_EQ(find(open("Bare.kext").get(), "inside", "txt"), folder.path("Bare.kext/Resources/inside.txt"));
-
-    const Held<CFURLRef> agent
-        = Hold(CFBundleCopyResourceURL(app.get(), CFSTR("Agent"), CFSTR(".app"), nullptr));
-    EXPECT_TRUE(agent && CFURLHasDirectoryPath(agent.get()));
     EXPECT_EQ(TakenPath(CFBundleCopyResourcesDirectoryURL(app.get())), resources);
 }
 
@@ -196,66 +142,6 @@ TEST_F(BundleTest, TheHostsLanguageChoosesTheText)
     EXPECT_EQ(greeting("de_CH.UTF-8"), "de");
     const Environment stronger("LC_ALL", "zh_CN.UTF-8");
     EXPECT_EQ(greeting("de_DE"), "zh-Hans");
-}
-
-TEST_F(BundleTest, WithoutAFittingLanguageTheDevelopmentRegionSpeaks)
-{
-    writeGreeting("de");
-    writeGreeting("es");
-    EXPECT_EQ(greeting("ja_JP"), "de");
-    folder.write("App.app/Contents/Info.plist", InfoText(Pair("CFBundleDevelopmentRegion", "es")));
-    EXPECT_EQ(greeting("ja_JP"), "es");
-    EXPECT_EQ(greeting("C"), "es");
-    folder.write("App.app/Contents/Resources/fr.lproj/Other.strings", "");
-    EXPECT_EQ(greeting("fr_FR"), "es");
-}
-
-TEST_F(BundleTest, ThePreferredLanguagesOverruleTheHost)
-{
-    writeGreeting("en");
-    writeGreeting("de");
-    writeGreeting("fr");
-    home.write("Library/Preferences/.GlobalPreferences.plist",
-        InfoText(
-            "<key>AppleLanguages</key><array><string>ja-JP</string><integer>1</integer><string>fr-CH</string>"
-            "<string>de</string></array>"));
-    EXPECT_EQ(greeting("de_DE.UTF-8"), "fr");
-}
-
-TEST_F(BundleTest, ListsItsLocalizations)
-{
-    for (const char* name : { "fr.lproj/a", "de.lproj/a", "Base.lproj/a", "notes.txt", ".lproj/a" })
-        folder.write(std::string("App.app/Contents/Resources/") + name, "");
-    folder.write("App.app/Contents/Info.plist",
-        InfoText(
-            "<key>CFBundleLocalizations</key><array><string>ja</string><string>de</string><true/></array>"));
-    EXPECT_EQ(List(Hold(CFBundleCopyBundleLocalizations(open("App.app").get()))), "de,fr,ja,");
-    const Environment french("LANG", "fr_FR");
-    const Held<CFMutableArrayRef> names = Array();
-    for (const char* name : { "en", "de", "fr" })
-        CFArrayAppendValue(names.get(), Text(name).get());
-    EXPECT_EQ(List(Hold(CFBundleCopyPreferredLocalizationsFromArray(names.get()))), "fr,");
-    const Environment japanese("LC_ALL", "ja_JP");
-    EXPECT_EQ(List(Hold(CFBundleCopyPreferredLocalizationsFromArray(names.get()))), "en,");
-}
-
-TEST_F(BundleTest, AMissingTextShowsTheValueOrTheKey)
-{
-    folder.write(
-        "App.app/Contents/Resources/en.lproj/Localizable.strings", "known = \"Text\"; empty = \"\";");
-    folder.write("App.app/Contents/Resources/en.lproj/Other.strings", "known = \"Other\";");
-    const Held<CFBundleRef> app = open("App.app");
-    const auto copy = [&](CFStringRef key, CFStringRef value, CFStringRef table = nullptr) {
-        return Taken(CFBundleCopyLocalizedString(app.get(), key, value, table));
-    };
-    EXPECT_EQ(copy(CFSTR("known"), CFSTR("value")), "Text");
-    EXPECT_EQ(copy(CFSTR("known"), nullptr, CFSTR("Other")), "Other");
-    EXPECT_EQ(copy(CFSTR("known"), nullptr, CFSTR("Absent")), "known");
-    EXPECT_EQ(copy(CFSTR("unknown"), CFSTR("value")), "value");
-    EXPECT_EQ(copy(CFSTR("unknown"), CFSTR("")), "unknown");
-    EXPECT_EQ(copy(CFSTR("unknown"), nullptr, CFSTR("")), "unknown");
-    EXPECT_EQ(copy(CFSTR("empty"), CFSTR("value")), "");
-    EXPECT_EQ(copy(nullptr, nullptr), "(null)");
 }
 
 TEST_F(BundleTest, TablesAreReadInEveryEncoding)
@@ -302,13 +188,93 @@ TEST_F(BundleTest, AMalformedTableKeepsThePairsBeforeTheFault)
     EXPECT_EQ(inTable(UTF16(u"key = kept; rest", false, true) + "x"), "kept");
 }
 
-TEST_F(BundleTest, InformationMayBeLocalized)
+TEST_F(BundleTest, ReadsWhatTheInformationFileSays)
 {
-    folder.write("App.app/Contents/Info.plist", InfoText(Pair("CFBundleName", "App")));
-    folder.write("App.app/Contents/Resources/de.lproj/InfoPlist.strings", "CFBundleName = \"Programm\";");
+    const std::string info = InfoText(Pair("CFBundleIdentifier", "org.example.App")
+        + Pair("CFBundleExecutable", "Run") + Pair("CFBundleName", "App"));
+    folder.write("Modern.app/Contents/Info.plist", info);
+    folder.write("Modern.app/Contents/MacOS/Run", "");
+    folder.write("Modern.app/Contents/Resources/de.lproj/InfoPlist.strings", "CFBundleName = Programm;");
+    folder.write("Flat.kext/Info.plist", info);
+    folder.write("Flat.kext/Run", "");
     const Environment german("LANG", "de_DE");
-    const Held<CFBundleRef> app = open("App.app");
+    const std::tuple<const char*, const char*, const char*> bundles[]
+        = { { "Modern.app", "Contents/MacOS/Run", "Programm" }, { "Flat.kext", "Run", "App" } };
+    for (const auto& [path, executable, name] : bundles) {
+        const auto bundle = open(path);
+        ASSERT_TRUE(bundle);
+        EXPECT_EQ(Show(CFBundleGetIdentifier(bundle.get())), "org.example.App");
+        EXPECT_EQ(Show(static_cast<CFStringRef>(
+                      CFBundleGetValueForInfoDictionaryKey(bundle.get(), kCFBundleNameKey))),
+            name);
+        EXPECT_EQ(CFDictionaryGetCount(CFBundleGetInfoDictionary(bundle.get())), 3);
+        EXPECT_EQ(TakenPath(CFBundleCopyBundleURL(bundle.get())), folder.path(path));
+        EXPECT_EQ(TakenPath(CFBundleCopyExecutableURL(bundle.get())), folder.path(path) + '/' + executable);
+    }
+}
+
+TEST_F(BundleTest, AnUnusableInformationFileCountsAsEmpty)
+{
+    const std::pair<const char*, std::string> files[]
+        = { { "Info.plist", InfoText(Pair("CFBundleIdentifier", "x")).substr(0, 60) },
+              { "Info.plist", "<plist><array/></plist>" }, { "Info.plist/file", "" }, { "file", "" },
+              { "Info.plist",
+                  InfoText("<key>CFBundleIdentifier</key><true/><key>CFBundleExecutable</key><array/>"
+                           "<key>CFBundleLocalizations</key><string>en</"
+                           "string><key>CFBundleDevelopmentRegion</key><false/>") } };
+    for (const auto& [name, bytes] : files) {
+        const TemporaryFolder contents;
+        contents.write(std::string("App.app/Contents/") + name, bytes);
+        const auto bundle = open(contents.path("App.app"));
+        ASSERT_TRUE(bundle) << bytes;
+        EXPECT_FALSE(CFBundleGetIdentifier(bundle.get())) << bytes;
+        EXPECT_FALSE(Hold(CFBundleCopyExecutableURL(bundle.get()))) << bytes;
+        EXPECT_EQ(localized(bundle.get(), "key"), "(none)");
+    }
+    folder.write("file", "");
+    EXPECT_FALSE(open("Missing.app"));
+    EXPECT_FALSE(open("file"));
+}
+
+TEST_F(BundleTest, WithoutAFittingLanguageTheDevelopmentRegionSpeaksUnlessOthersArePreferred)
+{
+    writeGreeting("de");
+    writeGreeting("es");
+    EXPECT_EQ(greeting("ja_JP"), "de");
+    folder.write("App.app/Contents/Info.plist",
+        InfoText(Pair("CFBundleDevelopmentRegion", "es")
+            + "<key>CFBundleLocalizations</key><array><string>nl</string><string>de</string><true/></"
+              "array>"));
+    EXPECT_EQ(greeting("ja_JP"), "es");
+    EXPECT_EQ(greeting("C"), "es");
+    folder.write("App.app/Contents/Resources/fr.lproj/Other.strings", "");
+    folder.write("App.app/Contents/Resources/.lproj/file", "");
+    EXPECT_EQ(greeting("fr_FR"), "es") << "French has another table only";
+    EXPECT_EQ(List(Hold(CFBundleCopyBundleLocalizations(open("App.app").get())).get()), "de,es,fr,nl,");
+    home.write("Library/Preferences/.GlobalPreferences.plist",
+        InfoText("<key>AppleLanguages</key><array><string>ja-JP</string><integer>1</integer>"
+                 "<string>de-CH</string><string>es</string></array>"));
+    EXPECT_EQ(greeting("es_ES.UTF-8"), "de");
     EXPECT_EQ(
-        Show(static_cast<CFStringRef>(CFBundleGetValueForInfoDictionaryKey(app.get(), kCFBundleNameKey))),
-        "Programm");
+        List(Hold(CFBundleCopyPreferredLocalizationsFromArray(Array({ "en", "de" }).get())).get()), "de,");
+    EXPECT_EQ(
+        List(Hold(CFBundleCopyPreferredLocalizationsFromArray(Array({ "en", "fr" }).get())).get()), "en,");
+}
+
+TEST_F(BundleTest, AMissingTextShowsTheValueOrTheKey)
+{
+    folder.write("App.app/Contents/Resources/en.lproj/Localizable.strings", "known = Text; empty = \"\";");
+    folder.write("App.app/Contents/Resources/en.lproj/Other.strings", "known = Other;");
+    const auto app = open("App.app");
+    const struct {
+        CFStringRef key, value, table;
+        const char* text;
+    } cases[] = { { CFSTR("known"), CFSTR("value"), nullptr, "Text" },
+        { CFSTR("known"), nullptr, CFSTR("Other"), "Other" },
+        { CFSTR("known"), nullptr, CFSTR("Absent"), "known" },
+        { CFSTR("unknown"), CFSTR("value"), nullptr, "value" },
+        { CFSTR("unknown"), CFSTR(""), CFSTR(""), "unknown" },
+        { CFSTR("empty"), CFSTR("value"), nullptr, "" }, { nullptr, nullptr, nullptr, "(null)" } };
+    for (const auto& [key, value, table, text] : cases)
+        EXPECT_EQ(Taken(CFBundleCopyLocalizedString(app.get(), key, value, table)), text) << Show(key);
 }

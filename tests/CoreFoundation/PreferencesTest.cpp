@@ -2,7 +2,7 @@
 
 #include <array>
 #include <csignal>
-#include <thread>
+#include <functional>
 #include <vector>
 
 #include <sys/file.h>
@@ -16,21 +16,19 @@
 namespace {
 
 constexpr const char* kFolder = "Library/Preferences/";
+const CFStringRef kDomain = CFSTR("org.example.App");
 
 /// A home folder of its own, so that no domain in it was used before.
 class PreferencesTest : public testing::Test {
 protected:
-    static void set(const char* key, CFPropertyListRef value, CFStringRef domain = CFSTR("org.example.App"))
+    static void set(const char* key, CFPropertyListRef value, CFStringRef domain = kDomain)
     {
         CFPreferencesSetAppValue(Text(key).get(), value, domain);
     }
-    static bool synchronize(CFStringRef domain = CFSTR("org.example.App"))
-    {
-        return CFPreferencesAppSynchronize(domain);
-    }
+    static bool synchronize(CFStringRef domain = kDomain) { return CFPreferencesAppSynchronize(domain); }
 
     /// @return the value as a number, -1 where there is none.
-    static CFIndex number(const char* key, CFStringRef domain = CFSTR("org.example.App"))
+    static CFIndex number(const char* key, CFStringRef domain = kDomain)
     {
         Boolean isValid = false;
         const CFIndex value = CFPreferencesGetAppIntegerValue(Text(key).get(), domain, &isValid);
@@ -52,16 +50,11 @@ protected:
         home.write(file(), Bytes(data.get()));
     }
 
-    /// @return what the file has, null when it is no property list.
-    Held<CFPropertyListRef> stored() const
-    {
-        return Hold(
-            CFPropertyListCreateWithData(nullptr, Data(home.read(file())).get(), 0, nullptr, nullptr));
-    }
     /// @return the number of keys in the file, -1 when it is no dictionary.
     CFIndex storedCount() const
     {
-        const Held<CFPropertyListRef> plist = stored();
+        const auto plist
+            = Hold(CFPropertyListCreateWithData(nullptr, Data(home.read(file())).get(), 0, nullptr, nullptr));
         const bool isDictionary = plist && CFGetTypeID(plist.get()) == CFDictionaryGetTypeID();
         return isDictionary ? CFDictionaryGetCount(static_cast<CFDictionaryRef>(plist.get())) : -1;
     }
@@ -71,21 +64,6 @@ protected:
 };
 
 } // namespace
-
-TEST_F(PreferencesTest, ChangesAreSeenAtOnceAndWrittenWhenSynchronized)
-{
-    EXPECT_EQ(number("a"), -1);
-    set("a", Integer(1).get());
-    EXPECT_EQ(number("a"), 1);
-    EXPECT_FALSE(home.has("Library"));
-    EXPECT_TRUE(synchronize());
-    EXPECT_TRUE(home.read(file()).starts_with("bplist00"));
-    EXPECT_EQ(storedCount(), 1);
-    set("a", nullptr);
-    EXPECT_EQ(number("a"), -1);
-    EXPECT_TRUE(synchronize());
-    EXPECT_EQ(storedCount(), 0);
-}
 
 TEST_F(PreferencesTest, SynchronizingShowsWhatOtherProcessesWrote)
 {
@@ -101,20 +79,6 @@ TEST_F(PreferencesTest, SynchronizingShowsWhatOtherProcessesWrote)
     EXPECT_EQ(number("theirs"), 4);
     EXPECT_EQ(number("mine"), 3);
     EXPECT_EQ(storedCount(), 2);
-}
-
-TEST_F(PreferencesTest, NothingIsWrittenWhereNothingChanges)
-{
-    EXPECT_TRUE(synchronize());
-    set("absent", nullptr);
-    EXPECT_TRUE(synchronize());
-    EXPECT_FALSE(home.has(file()));
-    writeFile("a", 1);
-    const std::string before = home.read(file());
-    set("a", Integer(1).get());
-    set("absent", nullptr);
-    EXPECT_TRUE(synchronize());
-    EXPECT_EQ(home.read(file()), before);
 }
 
 TEST_F(PreferencesTest, DamagedFilesAreMovedAsideBeforeTheNextWrite)
@@ -135,49 +99,6 @@ TEST_F(PreferencesTest, DamagedFilesAreMovedAsideBeforeTheNextWrite)
         EXPECT_EQ(home.read(file() + ".damaged-" + std::to_string(i + 1)), damaged[i]);
 }
 
-TEST_F(PreferencesTest, WhatCannotBeReadIsLeftAloneAndTheChangesAreKept)
-{
-    home.write(file() + "/inside", "precious");
-    set("a", Integer(1).get());
-    EXPECT_FALSE(synchronize());
-    EXPECT_FALSE(synchronize());
-    EXPECT_EQ(home.read(file() + "/inside"), "precious");
-    EXPECT_EQ(number("a"), 1);
-
-    std::filesystem::remove_all(home.path(file()));
-    ASSERT_EQ(mkfifo(home.path(file()).c_str(), 0600), 0);
-    EXPECT_FALSE(synchronize());
-    std::filesystem::remove(home.path(file()));
-
-    std::filesystem::create_symlink("org.example.App.plist", home.path(file())); // to itself
-    EXPECT_FALSE(synchronize());
-    std::filesystem::remove(home.path(file()));
-
-    home.write(file(), "");
-    std::filesystem::resize_file(home.path(file()), (64U << 20) + 1);
-    EXPECT_FALSE(synchronize());
-    EXPECT_EQ(std::filesystem::file_size(home.path(file())), (64U << 20) + 1);
-    std::filesystem::remove(home.path(file()));
-
-    EXPECT_TRUE(synchronize());
-    EXPECT_EQ(storedCount(), 1);
-}
-
-TEST_F(PreferencesTest, AFolderThatCannotBeMadeFailsUntilItCan)
-{
-    home.write("Library", "a file");
-    set("a", Integer(1).get());
-    EXPECT_FALSE(synchronize());
-    EXPECT_EQ(home.read("Library"), "a file");
-    std::filesystem::remove(home.path("Library"));
-    EXPECT_TRUE(synchronize());
-    EXPECT_EQ(storedCount(), 1);
-    const Environment nowhere("CFFIXED_USER_HOME", home.path("no/such/home").c_str());
-    set("a", Integer(1).get());
-    EXPECT_FALSE(synchronize());
-    EXPECT_FALSE(home.has("no"));
-}
-
 TEST_F(PreferencesTest, AFullDiskLeavesTheFileWholeAndTheChangesHeld)
 {
     writeFile("theirs", 1);
@@ -196,35 +117,6 @@ TEST_F(PreferencesTest, AFullDiskLeavesTheFileWholeAndTheChangesHeld)
     EXPECT_EQ(number("mine"), 2);
     EXPECT_TRUE(synchronize());
     EXPECT_EQ(storedCount(), 2);
-}
-
-TEST_F(PreferencesTest, ConcurrentWritersLoseNothing)
-{
-    constexpr int processes = 4;
-    constexpr int keys = 25;
-    std::vector<pid_t> children;
-    for (int process = 0; process < processes; ++process) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child > 0) {
-            children.push_back(child);
-            continue;
-        }
-        bool ok = true;
-        for (int key = 0; key < keys; ++key) {
-            set((std::to_string(process) + '-' + std::to_string(key)).c_str(), Integer(key).get());
-            ok = synchronize() && ok;
-        }
-        _exit(ok ? 0 : 1);
-    }
-    for (const pid_t child : children) {
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0);
-    }
-    ASSERT_TRUE(stored());
-    EXPECT_EQ(storedCount(), processes * keys);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path(kFolder)), {}), 1);
 }
 
 TEST_F(PreferencesTest, WaitsForTheOtherWriterButNotForever)
@@ -256,72 +148,6 @@ TEST_F(PreferencesTest, NamesThatLeaveTheFolderHaveNoDomain)
     EXPECT_FALSE(home.has("Library"));
 }
 
-TEST_F(PreferencesTest, OnlyTheCurrentUserOnAnyHostIsKept)
-{
-    const std::array<std::pair<CFStringRef, CFStringRef>, 3> others
-        = { { { kCFPreferencesAnyUser, kCFPreferencesAnyHost },
-            { kCFPreferencesCurrentUser, kCFPreferencesCurrentHost },
-            { CFSTR("root"), kCFPreferencesAnyHost } } };
-    for (const auto& [user, host] : others) {
-        CFPreferencesSetValue(CFSTR("a"), kCFBooleanTrue, CFSTR("org.example.App"), user, host);
-        EXPECT_FALSE(Hold(CFPreferencesCopyValue(CFSTR("a"), CFSTR("org.example.App"), user, host)));
-        EXPECT_FALSE(Hold(CFPreferencesCopyKeyList(CFSTR("org.example.App"), user, host)));
-        EXPECT_FALSE(CFPreferencesSynchronize(CFSTR("org.example.App"), user, host));
-    }
-}
-
-TEST_F(PreferencesTest, ValuesThatCouldNotBeWrittenAreRefused)
-{
-    set("a", Integer(1).get());
-    Held<CFMutableArrayRef> deep = Array();
-    for (int i = 1; i < 512; ++i) {
-        Held<CFMutableArrayRef> next = Array();
-        CFArrayAppendValue(next.get(), deep.get());
-        deep = std::move(next);
-    }
-    const Held<CFStringRef> withNull = Text(std::string_view("\0", 1));
-    for (const CFTypeRef wrong : std::initializer_list<CFTypeRef> { kCFNull, deep.get(), withNull.get() })
-        set("a", wrong);
-    CFPreferencesSetAppValue(
-        Text(std::string_view("k\0", 2)).get(), kCFBooleanTrue, CFSTR("org.example.App"));
-    EXPECT_EQ(number("a"), 1);
-    EXPECT_TRUE(synchronize());
-    EXPECT_EQ(storedCount(), 1);
-}
-
-TEST_F(PreferencesTest, ValuesAreCopied)
-{
-    const Held<CFMutableArrayRef> list = Array();
-    set("list", list.get());
-    CFArrayAppendValue(list.get(), kCFBooleanTrue);
-    const Held<CFPropertyListRef> kept
-        = Hold(CFPreferencesCopyAppValue(CFSTR("list"), CFSTR("org.example.App")));
-    ASSERT_TRUE(kept);
-    EXPECT_EQ(CFArrayGetCount(static_cast<CFArrayRef>(kept.get())), 0);
-}
-
-TEST_F(PreferencesTest, SeveralKeysAreSetAndFetchedTogether)
-{
-    const Held<CFMutableDictionaryRef> values = Dictionary();
-    const Held<CFMutableArrayRef> keys = Array();
-    for (const char* key : { "a", "b", "c" })
-        CFDictionarySetValue(values.get(), Text(key).get(), CFSTR("v"));
-    for (const char* key : { "a", "gone", "old" })
-        CFArrayAppendValue(keys.get(), Text(key).get());
-    set("old", Integer(1).get());
-    CFPreferencesSetMultiple(
-        values.get(), keys.get(), CFSTR("org.example.App"), kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
-    const auto copy = [](CFArrayRef wanted) {
-        return Hold(CFPreferencesCopyMultiple(
-            wanted, CFSTR("org.example.App"), kCFPreferencesCurrentUser, kCFPreferencesAnyHost));
-    };
-    EXPECT_TRUE(CFEqual(copy(nullptr).get(), values.get()));
-    EXPECT_EQ(CFDictionaryGetCount(copy(keys.get()).get()), 1);
-    const Held<CFArrayRef> list = Hold(
-        CFPreferencesCopyKeyList(CFSTR("org.example.App"), kCFPreferencesCurrentUser, kCFPreferencesAnyHost));
-    EXPECT_EQ(CFArrayGetCount(list.get()), 3);
-}
-
 TEST_F(PreferencesTest, TheCurrentApplicationIsTheMainBundlesAndAnyApplicationStandsBehindIt)
 {
     home.write("App.app/Contents/Info.plist",
@@ -346,34 +172,146 @@ TEST_F(PreferencesTest, TheCurrentApplicationIsTheMainBundlesAndAnyApplicationSt
     EXPECT_TRUE(home.has(file("tool")));
 }
 
+TEST_F(PreferencesTest, ChangesAreSeenAtOnceAndWrittenWhenSynchronized)
+{
+    set("absent", nullptr);
+    EXPECT_TRUE(synchronize());
+    set("a", Integer(1).get());
+    EXPECT_EQ(number("a"), 1);
+    EXPECT_FALSE(home.has("Library"));
+    EXPECT_TRUE(synchronize());
+    EXPECT_EQ(storedCount(), 1);
+    writeFile("a", 1);
+    const std::string before = home.read(file());
+    set("a", Integer(1).get());
+    set("absent", nullptr);
+    EXPECT_TRUE(synchronize());
+    EXPECT_EQ(home.read(file()), before) << "nothing is written where nothing changes";
+    set("a", nullptr);
+    EXPECT_EQ(number("a"), -1);
+    EXPECT_TRUE(synchronize());
+    EXPECT_EQ(storedCount(), 0);
+}
+
+TEST_F(PreferencesTest, WhatCannotBeReadIsLeftAloneAndTheChangesAreKept)
+{
+    const std::string path = home.path(file());
+    constexpr uintmax_t tooBig = (64U << 20) + 1;
+    std::filesystem::create_directories(home.path(kFolder));
+    const std::array<std::function<void()>, 4> faults
+        = { [&] { home.write(file() + "/inside", "precious"); }, [&] { mkfifo(path.c_str(), 0600); },
+              [&] { std::filesystem::create_symlink("org.example.App.plist", path); },
+              [&] {
+                  home.write(file(), "");
+                  std::filesystem::resize_file(path, tooBig);
+              } };
+    set("a", Integer(1).get());
+    for (const auto& make : faults) {
+        make();
+        const auto type = std::filesystem::symlink_status(path).type();
+        EXPECT_FALSE(synchronize());
+        EXPECT_EQ(std::filesystem::symlink_status(path).type(), type);
+        EXPECT_TRUE(type != std::filesystem::file_type::directory || home.has(file() + "/inside"));
+        EXPECT_TRUE(
+            type != std::filesystem::file_type::regular || std::filesystem::file_size(path) == tooBig);
+        EXPECT_EQ(number("a"), 1);
+        std::filesystem::remove_all(path);
+    }
+    std::filesystem::remove_all(home.path("Library"));
+    home.write("Library", "a file");
+    EXPECT_FALSE(synchronize());
+    EXPECT_EQ(home.read("Library"), "a file");
+    std::filesystem::remove(home.path("Library"));
+    EXPECT_TRUE(synchronize());
+    EXPECT_EQ(storedCount(), 1);
+    const Environment nowhere("CFFIXED_USER_HOME", home.path("no/such/home").c_str());
+    set("a", Integer(1).get());
+    EXPECT_FALSE(synchronize());
+    EXPECT_FALSE(home.has("no"));
+}
+
+TEST_F(PreferencesTest, ConcurrentWritersLoseNothing)
+{
+    std::array<pid_t, 4> children {};
+    for (pid_t& child : children) {
+        child = fork();
+        ASSERT_GE(child, 0);
+        if (child > 0)
+            continue;
+        bool ok = true;
+        for (int key = 0; key < 25; ++key) {
+            set((std::to_string(getpid()) + '-' + std::to_string(key)).c_str(), Integer(key).get());
+            ok = synchronize() && ok;
+        }
+        _exit(ok ? 0 : 1);
+    }
+    for (const pid_t child : children) {
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(storedCount(), 100);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path(kFolder)), {}), 1);
+}
+
+TEST_F(PreferencesTest, ValuesAreCopiedAndRefusedWhenTheyCouldNotBeWritten)
+{
+    const auto list = Array(), deep = NestedArrays(512);
+    set("a", list.get());
+    const auto withNull = Text(std::string_view("\0", 1));
+    for (const CFTypeRef wrong : std::initializer_list<CFTypeRef> { kCFNull, deep.get(), withNull.get() })
+        set("a", wrong);
+    CFPreferencesSetAppValue(withNull.get(), kCFBooleanTrue, kDomain);
+    CFArrayAppendValue(list.get(), kCFBooleanTrue);
+    const auto kept = Hold(CFPreferencesCopyAppValue(CFSTR("a"), kDomain));
+    EXPECT_TRUE(kept && CFEqual(kept.get(), Array().get()));
+    EXPECT_TRUE(synchronize());
+    EXPECT_EQ(storedCount(), 1);
+}
+
+TEST_F(PreferencesTest, SeveralKeysAreSetAndFetchedTogetherForTheCurrentUserOnAnyHost)
+{
+    const auto values = Dictionary();
+    for (const char* key : { "a", "b", "c" })
+        CFDictionarySetValue(values.get(), Text(key).get(), CFSTR("v"));
+    const auto keys = Array({ "a", "gone", "old" });
+    set("old", Integer(1).get());
+    const auto setIn = [&](CFStringRef user, CFStringRef host) {
+        CFPreferencesSetMultiple(values.get(), keys.get(), kDomain, user, host);
+        return Hold(CFPreferencesCopyKeyList(kDomain, user, host));
+    };
+    EXPECT_FALSE(setIn(kCFPreferencesAnyUser, kCFPreferencesAnyHost));
+    EXPECT_FALSE(setIn(kCFPreferencesCurrentUser, kCFPreferencesCurrentHost));
+    EXPECT_FALSE(setIn(CFSTR("root"), kCFPreferencesAnyHost));
+    EXPECT_FALSE(CFPreferencesSynchronize(kDomain, kCFPreferencesAnyUser, kCFPreferencesAnyHost));
+    EXPECT_EQ(number("old"), 1);
+    EXPECT_EQ(CFArrayGetCount(setIn(kCFPreferencesCurrentUser, kCFPreferencesAnyHost).get()), 3);
+    const auto copy = [](CFArrayRef wanted) {
+        return Hold(
+            CFPreferencesCopyMultiple(wanted, kDomain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost));
+    };
+    EXPECT_TRUE(CFEqual(copy(nullptr).get(), values.get()));
+    EXPECT_EQ(CFDictionaryGetCount(copy(keys.get()).get()), 1);
+}
+
 TEST_F(PreferencesTest, BooleansAndIntegersAreReadFromWhatStandsForThem)
 {
-    struct Case {
-        Held<CFPropertyListRef> value;
+    const auto zero = Integer(0), seven = Integer(7);
+    const auto half = Number(0.5);
+    const auto list = Array();
+    const struct {
+        CFPropertyListRef value;
         int boolean; ///< -1 for none
         CFIndex integer;
-    };
-    std::vector<Case> cases;
-    const auto add = [&cases](CFPropertyListRef value, int boolean, CFIndex integer) {
-        cases.push_back({ Hold(CFRetain(value)), boolean, integer });
-    };
-    add(kCFBooleanTrue, 1, 1);
-    add(kCFBooleanFalse, 0, 0);
-    add(Integer(0).get(), 0, 0);
-    add(Integer(7).get(), 1, 7);
-    add(Number(0.5).get(), 1, -1);
-    add(CFSTR("YES"), 1, -1);
-    add(CFSTR("false"), 0, -1);
-    add(CFSTR("1"), 1, 1);
-    add(CFSTR("12x"), -1, -1);
-    add(CFSTR(""), -1, -1);
-    add(Array().get(), -1, -1);
-    for (const Case& test : cases) {
-        set("v", test.value.get());
+    } cases[] = { { kCFBooleanTrue, 1, 1 }, { kCFBooleanFalse, 0, 0 }, { zero.get(), 0, 0 },
+        { seven.get(), 1, 7 }, { half.get(), 1, -1 }, { CFSTR("YES"), 1, -1 }, { CFSTR("false"), 0, -1 },
+        { CFSTR("1"), 1, 1 }, { CFSTR("12x"), -1, -1 }, { CFSTR(""), -1, -1 }, { list.get(), -1, -1 } };
+    for (const auto& [value, boolean, integer] : cases) {
+        set("v", value);
         Boolean isValid = true;
-        const Boolean value = CFPreferencesGetAppBooleanValue(CFSTR("v"), CFSTR("org.example.App"), &isValid);
-        EXPECT_EQ(isValid ? int { value } : -1, test.boolean) << Taken(CFCopyDescription(test.value.get()));
-        EXPECT_EQ(number("v"), test.integer) << Taken(CFCopyDescription(test.value.get()));
+        const Boolean read = CFPreferencesGetAppBooleanValue(CFSTR("v"), kDomain, &isValid);
+        EXPECT_EQ(isValid ? int { read } : -1, boolean) << Taken(CFCopyDescription(value));
+        EXPECT_EQ(number("v"), integer) << Taken(CFCopyDescription(value));
     }
-    EXPECT_FALSE(CFPreferencesGetAppBooleanValue(CFSTR("absent"), CFSTR("org.example.App"), nullptr));
+    EXPECT_FALSE(CFPreferencesGetAppBooleanValue(CFSTR("absent"), kDomain, nullptr));
 }

@@ -1,6 +1,6 @@
 #include "StoreTesting.h"
 
-#include <clocale>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -19,12 +19,6 @@ Held<CFPropertyListRef> Read(std::string_view bytes, CFOptionFlags options = kCF
 {
     return Held<CFPropertyListRef>(
         CFPropertyListCreateWithData(nullptr, Data(bytes).get(), options, format, nullptr));
-}
-
-Held<CFPropertyListRef> ReadXML(const std::string& element)
-{
-    return Read(
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + element + "</plist>\n");
 }
 
 void ExpectSurvives(CFTypeRef value, CFPropertyListFormat format)
@@ -101,154 +95,24 @@ std::string ArrayOf(std::initializer_list<size_t> objects)
     return result;
 }
 
-std::string NestedBinary(size_t depth)
+/// A chain of arrays, each with the next `times` times, and an empty one at its end.
+std::string ChainedBinary(size_t depth, size_t times = 1)
 {
     std::vector<std::string> objects;
     for (size_t i = 1; i < depth; ++i)
-        objects.push_back(ArrayOf({ i }));
+        objects.push_back(times == 1 ? ArrayOf({ i }) : ArrayOf({ i, i }));
     objects.push_back(ArrayOf({}));
     return Binary(objects);
 }
 
-Held<CFMutableArrayRef> NestedArrays(int depth)
+Held<CFMutableDictionaryRef> Pair(CFTypeRef key, CFTypeRef value)
 {
-    Held<CFMutableArrayRef> outer = Array();
-    for (int i = 1; i < depth; ++i) {
-        Held<CFMutableArrayRef> next = Array();
-        CFArrayAppendValue(next.get(), outer.get());
-        outer = std::move(next);
-    }
-    return outer;
+    auto dictionary = Dictionary();
+    CFDictionarySetValue(dictionary.get(), key, value);
+    return dictionary;
 }
 
 } // namespace
-
-TEST(PropertyListTest, EveryKindOfValueSurvivesInBothFormats)
-{
-    const double date = 342702671;
-    const Held<CFDateRef> dateValue(CFDateCreate(nullptr, date));
-    const Held<CFMutableArrayRef> list = Array();
-    const Held<CFMutableDictionaryRef> whole = Dictionary();
-    for (const std::string_view text :
-        { "", "plain", "a < b & \"c\" > 'd'", "Gr\u00FC\u00DFe \u65E5\u672C\u8A9E \U0001F600",
-            " \t\n spaces \n ", "one\rtwo\r\nthree", "]]>", "\u0085\u2028" }) {
-        CFArrayAppendValue(list.get(), Text(text).get());
-        CFDictionarySetValue(whole.get(), Text(text).get(), kCFBooleanFalse);
-    }
-    for (const SInt64 number : { SInt64 { 0 }, SInt64 { 1 }, SInt64 { -1 }, SInt64 { 255 }, SInt64 { -128 },
-             SInt64 { 65536 }, SInt64 { INT32_MIN }, SInt64 { INT64_MAX }, SInt64 { INT64_MIN } })
-        CFArrayAppendValue(list.get(), Integer(number).get());
-    for (const double number : { 0.5, -1.0 / 3, 1e300, 5e-324, std::numeric_limits<double>::infinity() })
-        CFArrayAppendValue(list.get(), Number(number).get());
-    for (const std::string_view bytes : { std::string_view(), std::string_view("\0\xFF\x10", 3) })
-        CFArrayAppendValue(list.get(), Data(bytes).get());
-    CFArrayAppendValue(list.get(), kCFBooleanTrue);
-    CFArrayAppendValue(list.get(), dateValue.get());
-    CFArrayAppendValue(list.get(), Array().get());
-    CFDictionarySetValue(whole.get(), CFSTR("list"), list.get());
-    CFDictionarySetValue(whole.get(), CFSTR("empty"), Dictionary().get());
-    for (const CFPropertyListFormat format : kFormats)
-        ExpectSurvives(whole.get(), format);
-    ExpectSurvives(Text("a string alone").get(), kCFPropertyListXMLFormat_v1_0);
-}
-
-TEST(PropertyListTest, CarriageReturnsAreEscapedForOtherReadersOfXML)
-{
-    const std::string xml = Bytes(Written(CFSTR("one\r\ntwo"), kCFPropertyListXMLFormat_v1_0).get());
-    EXPECT_NE(xml.find("one&#13;\ntwo"), std::string::npos) << xml;
-}
-
-TEST(PropertyListTest, NegativeAndUnsignedIntegersAreToldApart)
-{
-    const Held<CFPropertyListRef> list = ReadXML(
-        "<array><integer>-1</integer><integer>18446744073709551615</integer><integer>0x7F</integer></array>");
-    ASSERT_TRUE(list);
-    const auto* array = static_cast<CFArrayRef>(list.get());
-    EXPECT_TRUE(CFEqual(CFArrayGetValueAtIndex(array, 0), Integer(-1).get()));
-    EXPECT_TRUE(CFEqual(CFArrayGetValueAtIndex(array, 1), Number(18446744073709551615.0).get()));
-    EXPECT_TRUE(CFEqual(CFArrayGetValueAtIndex(array, 2), Integer(127).get()));
-
-    const std::string wide = "\x14" + std::string(8, '\0') + std::string(8, '\xFF');
-    const Held<CFPropertyListRef> binary
-        = Read(Binary({ ArrayOf({ 1, 2 }), wide, "\x13" + std::string(8, '\xFF') }));
-    ASSERT_TRUE(binary);
-    const auto* pair = static_cast<CFArrayRef>(binary.get());
-    EXPECT_TRUE(CFEqual(CFArrayGetValueAtIndex(pair, 0), Number(18446744073709551615.0).get()));
-    EXPECT_TRUE(CFEqual(CFArrayGetValueAtIndex(pair, 1), Integer(-1).get()));
-}
-
-TEST(PropertyListTest, DatesKeepWhatTheirFormatHolds)
-{
-    for (const double at : { 0.0, -0.75, 86400.123456789, 63113904000.0, -12622780800.5 }) {
-        const Held<CFDateRef> date(CFDateCreate(nullptr, at));
-        ExpectSurvives(date.get(), kCFPropertyListBinaryFormat_v1_0);
-        const Held<CFDateRef> whole(CFDateCreate(nullptr, std::floor(at)));
-        const Held<CFDataRef> xml = Written(date.get(), kCFPropertyListXMLFormat_v1_0);
-        ASSERT_TRUE(xml);
-        const Held<CFPropertyListRef> back = Read(Bytes(xml.get()));
-        EXPECT_TRUE(back && CFEqual(back.get(), whole.get())) << Bytes(xml.get());
-    }
-    for (const double at : { -63114076800.0, 1e18, std::nan("") }) {
-        const Held<CFDateRef> date(CFDateCreate(nullptr, at));
-        ExpectUnwritable(date.get(), kCFPropertyListXMLFormat_v1_0);
-        if (!std::isfinite(at))
-            ExpectUnwritable(date.get(), kCFPropertyListBinaryFormat_v1_0);
-    }
-    ExpectUnreadable(Binary({ "\x33" + std::string(8, '\xFF') }));
-}
-
-TEST(PropertyListTest, EqualDictionariesAreWrittenAlike)
-{
-    const Held<CFMutableDictionaryRef> forward = Dictionary();
-    const Held<CFMutableDictionaryRef> backward = Dictionary();
-    for (int i = 0; i < 700; ++i) {
-        CFDictionarySetValue(forward.get(), Text("key" + std::to_string(i)).get(), Integer(i).get());
-        CFDictionarySetValue(
-            backward.get(), Text("key" + std::to_string(699 - i)).get(), Integer(699 - i).get());
-    }
-    for (const CFPropertyListFormat format : kFormats)
-        EXPECT_EQ(Bytes(Written(forward.get(), format).get()), Bytes(Written(backward.get(), format).get()));
-    const std::string xml = Bytes(Written(forward.get(), kCFPropertyListXMLFormat_v1_0).get());
-    EXPECT_LT(xml.find(">key1<"), xml.find(">key2<"));
-}
-
-TEST(PropertyListTest, TextThatTheFormatCannotHoldIsRefused)
-{
-    const UniChar half = 0xD800;
-    const Held<CFStringRef> halfPair(CFStringCreateWithCharacters(nullptr, &half, 1));
-    const Held<CFStringRef> withNull = Text(std::string_view("a\0b", 3));
-    const auto asKey = [](CFStringRef key) {
-        Held<CFMutableDictionaryRef> dictionary = Dictionary();
-        CFDictionarySetValue(dictionary.get(), key, kCFBooleanTrue);
-        return dictionary;
-    };
-    for (const CFPropertyListFormat format : kFormats) {
-        ExpectUnwritable(halfPair.get(), format);
-        ExpectUnwritable(withNull.get(), format);
-        ExpectUnwritable(asKey(halfPair.get()).get(), format);
-        ExpectUnwritable(asKey(withNull.get()).get(), format);
-    }
-    for (const char* text : { "bell \a", "\x1B[0m", "\uFFFE", "x\uFFFF", "Gr\u00FC\u00DFe\x01" }) {
-        ExpectUnwritable(Text(text).get(), kCFPropertyListXMLFormat_v1_0);
-        ExpectUnwritable(asKey(Text(text).get()).get(), kCFPropertyListXMLFormat_v1_0);
-        ExpectSurvives(Text(text).get(), kCFPropertyListBinaryFormat_v1_0);
-    }
-}
-
-TEST(PropertyListTest, WhatIsNoPropertyListIsRefused)
-{
-    const Held<CFMutableArrayRef> array = Array();
-    CFArrayAppendValue(array.get(), kCFNull);
-    const Held<CFMutableDictionaryRef> dictionary = Dictionary();
-    CFDictionarySetValue(dictionary.get(), Integer(1).get(), kCFBooleanTrue);
-    for (const CFTypeRef wrong :
-        std::initializer_list<CFTypeRef> { kCFNull, array.get(), dictionary.get(), nullptr }) {
-        for (const CFPropertyListFormat format : kFormats)
-            ExpectUnwritable(wrong, format);
-        EXPECT_FALSE(Hold(CFPropertyListCreateDeepCopy(nullptr, wrong, kCFPropertyListImmutable)));
-    }
-    ExpectUnwritable(kCFBooleanTrue, kCFPropertyListOpenStepFormat);
-}
 
 TEST(PropertyListTest, MalformedInputGivesAnError)
 {
@@ -293,10 +157,10 @@ TEST(PropertyListTest, HarmlessVariationsOfXMLAreRead)
 TEST(PropertyListTest, DeepNestingIsRefusedAndNeverOverflowsTheStack)
 {
     EXPECT_TRUE(Read(NestedXML(512)));
-    EXPECT_TRUE(Read(NestedBinary(512)));
+    EXPECT_TRUE(Read(ChainedBinary(512)));
     for (const int depth : { 513, 60000 }) {
         ExpectUnreadable(NestedXML(depth));
-        ExpectUnreadable(NestedBinary(static_cast<size_t>(depth) / 3 + 342));
+        ExpectUnreadable(ChainedBinary(static_cast<size_t>(depth) / 3 + 342));
     }
     ExpectUnreadable("<plist>" + Repeated("<dict><key>k</key>", 200000));
     for (const CFPropertyListFormat format : kFormats) {
@@ -305,32 +169,6 @@ TEST(PropertyListTest, DeepNestingIsRefusedAndNeverOverflowsTheStack)
     }
     EXPECT_TRUE(Held<CFPropertyListRef>(CFPropertyListCreateDeepCopy(nullptr, NestedArrays(512).get(), 0)));
     EXPECT_FALSE(Hold(CFPropertyListCreateDeepCopy(nullptr, NestedArrays(513).get(), 0)));
-}
-
-TEST(PropertyListTest, ContainersThatHoldThemselvesAreRefused)
-{
-    ExpectUnreadable(Binary({ ArrayOf({ 0 }) }));
-    ExpectUnreadable(Binary({ ArrayOf({ 1, 1 }), ArrayOf({ 2 }), ArrayOf({ 0 }) }));
-    const Held<CFMutableArrayRef> array = Array();
-    CFArrayAppendValue(array.get(), array.get());
-    CFArrayAppendValue(array.get(), array.get());
-    for (const CFPropertyListFormat format : kFormats)
-        ExpectUnwritable(array.get(), format);
-    EXPECT_FALSE(Hold(CFPropertyListCreateDeepCopy(nullptr, array.get(), kCFPropertyListImmutable)));
-    CFArrayRemoveAllValues(array.get());
-}
-
-TEST(PropertyListTest, SharedObjectsOfABinaryListAreBounded)
-{
-    std::vector<std::string> objects;
-    for (size_t i = 1; i <= 40; ++i)
-        objects.push_back(ArrayOf({ i, i }));
-    objects.push_back(ArrayOf({}));
-    ExpectUnreadable(Binary(objects));
-    // A little sharing is how writers save space.
-    const Held<CFPropertyListRef> shared = Read(Binary({ ArrayOf({ 1, 1, 2 }), ArrayOf({ 2 }), "\x51x" }));
-    ASSERT_TRUE(shared);
-    EXPECT_EQ(CFArrayGetCount(static_cast<CFArrayRef>(shared.get())), 3);
 }
 
 TEST(PropertyListTest, MalformedBinaryObjectsAreRefused)
@@ -345,42 +183,125 @@ TEST(PropertyListTest, MalformedBinaryObjectsAreRefused)
     ExpectUnreadable(Binary({ std::string("\xD1\0\1\0\1", 5), "\x10\x01" }));
 }
 
+TEST(PropertyListTest, EveryKindOfValueSurvivesInBothFormats)
+{
+    const auto list = Array({ "", "plain", "a < b & \"c\" > 'd'", "Gr\u00FC\u00DFe \u65E5 \U0001F600",
+        " \t\n spaces \n ", "one\rtwo\r\nthree", "]]>", "\u0085\u2028" });
+    const auto whole = Dictionary();
+    for (CFIndex i = 0; i < CFArrayGetCount(list.get()); ++i)
+        CFDictionarySetValue(whole.get(), CFArrayGetValueAtIndex(list.get(), i), kCFBooleanFalse);
+    for (const SInt64 number : { SInt64 { 0 }, SInt64 { 255 }, SInt64 { -128 }, SInt64 { 65536 },
+             SInt64 { INT32_MIN }, SInt64 { INT64_MAX }, SInt64 { INT64_MIN } })
+        CFArrayAppendValue(list.get(), Integer(number).get());
+    for (const double number : { 0.5, -1.0 / 3, 1e300, 5e-324, std::numeric_limits<double>::infinity() })
+        CFArrayAppendValue(list.get(), Number(number).get());
+    for (const std::string_view bytes : { std::string_view(), std::string_view("\0\xFF\x10", 3) })
+        CFArrayAppendValue(list.get(), Data(bytes).get());
+    CFArrayAppendValue(list.get(), Hold(CFDateCreate(nullptr, 342702671)).get());
+    CFArrayAppendValue(list.get(), Array().get());
+    CFDictionarySetValue(whole.get(), CFSTR("list"), list.get());
+    CFDictionarySetValue(whole.get(), CFSTR("empty"), Dictionary().get());
+    const auto backwards = Dictionary();
+    const CFIndex count = CFDictionaryGetCount(whole.get());
+    std::vector<const void*> keys(static_cast<size_t>(count));
+    CFDictionaryGetKeysAndValues(whole.get(), keys.data(), nullptr);
+    std::for_each(keys.rbegin(), keys.rend(), [&](const void* key) {
+        CFDictionarySetValue(backwards.get(), key, CFDictionaryGetValue(whole.get(), key));
+    });
+    for (const CFPropertyListFormat format : kFormats) {
+        ExpectSurvives(whole.get(), format);
+        EXPECT_EQ(Bytes(Written(whole.get(), format).get()), Bytes(Written(backwards.get(), format).get()))
+            << "equal dictionaries are written alike";
+    }
+    const std::string xml = Bytes(Written(whole.get(), kCFPropertyListXMLFormat_v1_0).get());
+    EXPECT_NE(xml.find("one&#13;two&#13;\nthree"), std::string::npos) << "for other readers of XML";
+}
+
+TEST(PropertyListTest, NegativeAndUnsignedIntegersAreToldApart)
+{
+    const std::string wide = "\x14" + std::string(8, '\0') + std::string(8, '\xFF');
+    for (const auto& list :
+        { Read("<plist><array><integer>-1</integer><integer>18446744073709551615</integer>"
+               "<integer>0x7F</integer></array></plist>"),
+            Read(Binary({ ArrayOf({ 1, 2, 3 }), "\x13" + std::string(8, '\xFF'), wide, "\x10\x7F" })) }) {
+        ASSERT_TRUE(list);
+        const auto expected = Array();
+        for (const auto& number : { Integer(-1), Number(18446744073709551615.0), Integer(127) })
+            CFArrayAppendValue(expected.get(), number.get());
+        EXPECT_TRUE(CFEqual(list.get(), expected.get())) << Taken(CFCopyDescription(list.get()));
+    }
+    const auto reference = Read(Binary({ "\x80\x07" }));
+    EXPECT_TRUE(reference && CFEqual(reference.get(), Pair(CFSTR("CF$UID"), Integer(7).get()).get()));
+}
+
+TEST(PropertyListTest, DatesKeepWhatTheirFormatHolds)
+{
+    const auto date = [](double at) { return Hold(CFDateCreate(nullptr, at)); };
+    for (const double at : { 0.0, -0.75, 86400.123456789, 63113904000.0, -12622780800.5 }) {
+        ExpectSurvives(date(at).get(), kCFPropertyListBinaryFormat_v1_0);
+        const auto back = Read(Bytes(Written(date(at).get(), kCFPropertyListXMLFormat_v1_0).get()));
+        EXPECT_TRUE(back && CFEqual(back.get(), date(std::floor(at)).get())) << at;
+    }
+    for (const double at : { -63114076800.0, 1e18, std::nan("") })
+        ExpectUnwritable(date(at).get(), kCFPropertyListXMLFormat_v1_0);
+    ExpectUnwritable(date(std::nan("")).get(), kCFPropertyListBinaryFormat_v1_0);
+    ExpectUnreadable(Binary({ "\x33" + std::string(8, '\xFF') }));
+}
+
+TEST(PropertyListTest, WhatTheFormatCannotHoldIsRefused)
+{
+    const auto halfPair = Units(u"\xD800"), withNull = Text(std::string_view("a\0b", 3));
+    const auto array = Array();
+    CFArrayAppendValue(array.get(), kCFNull);
+    const auto wrongKey = Pair(Integer(1).get(), kCFBooleanTrue);
+    const auto halfKey = Pair(halfPair.get(), kCFBooleanTrue), nullKey = Pair(withNull.get(), kCFBooleanTrue);
+    const auto itself = Array();
+    CFArrayAppendValue(itself.get(), itself.get());
+    CFArrayAppendValue(itself.get(), itself.get());
+    for (const CFPropertyListFormat format : kFormats)
+        for (const CFTypeRef wrong : std::initializer_list<CFTypeRef> { halfPair.get(), withNull.get(),
+                 halfKey.get(), nullKey.get(), kCFNull, array.get(), wrongKey.get(), itself.get(), nullptr })
+            ExpectUnwritable(wrong, format);
+    for (const CFTypeRef wrong : std::initializer_list<CFTypeRef> { array.get(), itself.get(), nullptr })
+        EXPECT_FALSE(Hold(CFPropertyListCreateDeepCopy(nullptr, wrong, kCFPropertyListImmutable)));
+    CFArrayRemoveAllValues(itself.get());
+    ExpectUnwritable(kCFBooleanTrue, kCFPropertyListOpenStepFormat);
+    for (const char* text : { "bell \a", "\x1B[0m", "\uFFFE", "x\uFFFF", "Gr\u00FC\u00DFe\x01" }) {
+        ExpectUnwritable(Text(text).get(), kCFPropertyListXMLFormat_v1_0);
+        ExpectUnwritable(Pair(Text(text).get(), kCFBooleanTrue).get(), kCFPropertyListXMLFormat_v1_0);
+        ExpectSurvives(Text(text).get(), kCFPropertyListBinaryFormat_v1_0);
+    }
+}
+
+TEST(PropertyListTest, ObjectsOfABinaryListMayBeSharedWithinBoundsButNotHoldThemselves)
+{
+    ExpectUnreadable(Binary({ ArrayOf({ 0 }) }));
+    ExpectUnreadable(Binary({ ArrayOf({ 1, 1 }), ArrayOf({ 2 }), ArrayOf({ 0 }) }));
+    ExpectUnreadable(ChainedBinary(41, 2));
+    // A little sharing is how writers save space.
+    const auto shared = Read(Binary({ ArrayOf({ 1, 1, 1 }), "\x51x" }));
+    EXPECT_TRUE(shared && CFEqual(shared.get(), Array({ "x", "x", "x" }).get()));
+}
+
 TEST(PropertyListTest, OptionsDecideWhatMayBeChanged)
 {
-    const std::string xml
-        = "<plist><dict><key>list</key><array><string>a</string><data>AAEC</data></array></dict></plist>";
-    const Held<CFPropertyListRef> original = Read(xml);
-    const auto changeContainers = [](CFPropertyListRef plist) {
-        auto* dictionary = static_cast<CFMutableDictionaryRef>(const_cast<void*>(plist));
-        auto* list = static_cast<CFMutableArrayRef>(
-            const_cast<void*>(CFDictionaryGetValue(dictionary, CFSTR("list"))));
-        CFArrayAppendValue(list, kCFBooleanTrue);
-        CFDictionarySetValue(dictionary, CFSTR("more"), kCFBooleanTrue);
-        return list;
-    };
-    const auto changeLeaves = [](CFMutableArrayRef list) {
-        CFStringAppend(
-            static_cast<CFMutableStringRef>(const_cast<void*>(CFArrayGetValueAtIndex(list, 0))), CFSTR("b"));
-        CFDataSetLength(static_cast<CFMutableDataRef>(const_cast<void*>(CFArrayGetValueAtIndex(list, 1))), 9);
-    };
+    const std::string xml = "<plist><array><string>a</string><data>AAEC</data></array></plist>";
+    const auto original = Read(xml);
     for (const CFOptionFlags options :
         { kCFPropertyListMutableContainers, kCFPropertyListMutableContainersAndLeaves }) {
-        const Held<CFPropertyListRef> read = Read(xml, options);
-        const Held<CFPropertyListRef> copy(CFPropertyListCreateDeepCopy(nullptr, original.get(), options));
+        const auto read = Read(xml, options);
+        const auto copy = Hold(CFPropertyListCreateDeepCopy(nullptr, original.get(), options));
         for (const CFPropertyListRef plist : { read.get(), copy.get() }) {
-            CFMutableArrayRef list = changeContainers(plist);
-            if (options == kCFPropertyListMutableContainersAndLeaves)
-                changeLeaves(list);
+            auto* list = static_cast<CFMutableArrayRef>(const_cast<void*>(plist));
+            CFArrayAppendValue(list, kCFBooleanTrue);
+            if (options == kCFPropertyListMutableContainers)
+                continue;
+            const auto leaf
+                = [list](CFIndex i) { return const_cast<void*>(CFArrayGetValueAtIndex(list, i)); };
+            CFStringAppend(static_cast<CFMutableStringRef>(leaf(0)), CFSTR("b"));
+            CFDataSetLength(static_cast<CFMutableDataRef>(leaf(1)), 9);
         }
         EXPECT_TRUE(CFEqual(read.get(), copy.get()));
     }
     EXPECT_TRUE(CFEqual(original.get(), Read(xml).get()));
-}
-
-TEST(PropertyListTest, ReferencesOfArchivesBecomeDictionaries)
-{
-    const Held<CFPropertyListRef> value = Read(Binary({ std::string("\x80\x07") }));
-    ASSERT_TRUE(value);
-    const void* number = CFDictionaryGetValue(static_cast<CFDictionaryRef>(value.get()), CFSTR("CF$UID"));
-    EXPECT_TRUE(number && CFEqual(number, Integer(7).get()));
 }

@@ -69,46 +69,9 @@ private:
     std::optional<std::string> fOld;
 };
 
-inline Held<CFNumberRef> Integer(SInt64 value) { return Number(value); }
-
-inline Held<CFDataRef> Data(std::string_view bytes)
-{
-    return Held<CFDataRef>(CFDataCreate(
-        nullptr, reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
-}
-
-inline std::string Bytes(CFDataRef data)
-{
-    return { reinterpret_cast<const char*>(CFDataGetBytePtr(data)),
-        static_cast<size_t>(CFDataGetLength(data)) };
-}
-
-inline Held<CFMutableDictionaryRef> Dictionary()
-{
-    return Held<CFMutableDictionaryRef>(CFDictionaryCreateMutable(
-        nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
-}
-
-inline Held<CFMutableArrayRef> Array()
-{
-    return Held<CFMutableArrayRef>(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
-}
-
-/// @return the string, which is released; "(null)" for null.
-inline std::string Taken(CFStringRef string) { return Show(Hold(string)); }
-
 /// @return the path of the URL, which is released; "(null)" for null.
 inline std::string TakenPath(CFURLRef url)
 {
     const Held<CFURLRef> owned = Hold(url);
     return url ? Taken(CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle)) : "(null)";
-}
-
-/// @return the strings of the array with a comma after each.
-inline std::string List(const Held<CFArrayRef>& array)
-{
-    std::string result;
-    for (CFIndex i = 0; i < CFArrayGetCount(array.get()); ++i)
-        result += Show(static_cast<CFStringRef>(CFArrayGetValueAtIndex(array.get(), i))) + ',';
-    return result;
 }

@@ -28,17 +28,6 @@ std::string Path(const Held<CFURLRef>& url, size_t room = 1024)
     return reinterpret_cast<const char*>(buffer.data());
 }
 
-std::string Appended(const char* url, const char* component, bool isDirectory = false)
-{
-    return TextOf(Hold(
-        CFURLCreateCopyAppendingPathComponent(nullptr, Url(url).get(), Text(component).get(), isDirectory)));
-}
-
-std::string Unescaped(const char* text, CFStringRef left = CFSTR(""))
-{
-    return Show(Hold(CFURLCreateStringByReplacingPercentEscapes(nullptr, Text(text).get(), left)));
-}
-
 }
 
 TEST(Url, ResolvesTheExamplesOfTheRfc)
@@ -61,26 +50,14 @@ TEST(Url, ResolvesTheExamplesOfTheRfc)
               { "g#s/../x", "http://a/b/c/g#s/../x" }, { "http:g", "http:g" } };
     for (const auto& [reference, expected] : examples)
         EXPECT_EQ(Absolute(Url(reference, base.get())), expected) << reference;
-}
-
-TEST(Url, ResolvesThroughAChainOfBases)
-{
-    const auto base = Url("file:///Volumes/A/");
-    const auto folder = Url("Library/x/", base.get());
-    const auto file = Url("../y.plist", folder.get());
-    EXPECT_EQ(Absolute(file), "file:///Volumes/A/Library/y.plist");
-    EXPECT_EQ(CFURLGetBaseURL(file.get()), folder.get());
-    EXPECT_EQ(Show(Hold(CFURLCopyScheme(file.get()))), "file");
-    EXPECT_EQ(Absolute(Url("g", Url("http://host").get())), "http://host/g");
-}
-
-TEST(Url, ResolvesAgainstABaseThatIsRelativeItself)
-{
-    const auto base = Url("a/b");
-    const std::pair<const char*, const char*> examples[] = { { "c", "a/c" }, { "../c", "c" },
+    const auto relative = Url("a/b");
+    const std::pair<const char*, const char*> relatives[] = { { "c", "a/c" }, { "../c", "c" },
         { "../../c", "../c" }, { "..", "./" }, { "../../..", "../../" }, { "./", "a/" }, { "/../c", "/c" } };
-    for (const auto& [reference, expected] : examples)
-        EXPECT_EQ(Absolute(Url(reference, base.get())), expected) << reference;
+    for (const auto& [reference, expected] : relatives)
+        EXPECT_EQ(Absolute(Url(reference, relative.get())), expected) << reference;
+    const auto volume = Url("file:///Volumes/A/"), folder = Url("Library/x/", volume.get());
+    EXPECT_EQ(Absolute(Url("../y.plist", folder.get())), "file:///Volumes/A/Library/y.plist");
+    EXPECT_EQ(Absolute(Url("g", Url("http://host").get())), "http://host/g");
 }
 
 TEST(Url, RefusesTextThatNoUrlHolds)
@@ -98,24 +75,16 @@ TEST(Url, RefusesTextThatNoUrlHolds)
 TEST(Url, NamesItsParts)
 {
     const auto url = Url("https://user:pw@ho%20st:8080/dir/file%20name.tar.gz?q#f");
-    EXPECT_EQ(Show(Hold(CFURLCopyScheme(url.get()))), "https");
-    EXPECT_EQ(Show(Hold(CFURLCopyHostName(url.get()))), "ho st");
-    EXPECT_EQ(Show(Hold(CFURLCopyPath(url.get()))), "/dir/file%20name.tar.gz");
-    EXPECT_EQ(Show(Hold(CFURLCopyLastPathComponent(url.get()))), "file name.tar.gz");
-    EXPECT_EQ(Show(Hold(CFURLCopyPathExtension(url.get()))), "gz");
-    EXPECT_EQ(Show(Hold(CFURLCopyHostName(Url("http://[fe80::1]:80/").get()))), "[fe80::1]");
+    EXPECT_EQ(Taken(CFURLCopyScheme(url.get())), "https");
+    EXPECT_EQ(Taken(CFURLCopyHostName(url.get())), "ho st");
+    EXPECT_EQ(Taken(CFURLCopyPath(url.get())), "/dir/file%20name.tar.gz");
+    EXPECT_EQ(Taken(CFURLCopyLastPathComponent(url.get())), "file name.tar.gz");
+    EXPECT_EQ(Taken(CFURLCopyPathExtension(url.get())), "gz");
+    EXPECT_EQ(Taken(CFURLCopyHostName(Url("http://[fe80::1]:80/").get())), "[fe80::1]");
     EXPECT_EQ(CFURLCopyPath(Url("mailto:a@b").get()), nullptr);
     EXPECT_EQ(CFURLCopyScheme(Url("a/b").get()), nullptr);
     for (const char* bare : { "file:///.hidden", "file:///a.", "file:///..", "file:///a.b/c" })
         EXPECT_EQ(CFURLCopyPathExtension(Url(bare).get()), nullptr) << bare;
-}
-
-TEST(Url, KnowsFolders)
-{
-    for (const char* folder : { "file:///", "file:///a/", "a/..", ".", "file:///a/./?q" })
-        EXPECT_TRUE(CFURLHasDirectoryPath(Url(folder).get())) << folder;
-    for (const char* file : { "file:///a", "a", "..a", "http://host", "file:///a?/" })
-        EXPECT_FALSE(CFURLHasDirectoryPath(Url(file).get())) << file;
 }
 
 TEST(FileUrl, CarriesEveryByteOfAPathThereAndBack)
@@ -128,30 +97,9 @@ TEST(FileUrl, CarriesEveryByteOfAPathThereAndBack)
     EXPECT_EQ(Path(File(all.substr(1), false, base.get())), "/base/" + all.substr(1));
     EXPECT_EQ(CFURLCopyFileSystemPath(File("/\xff").get(), kCFURLPOSIXPathStyle), nullptr) << "not UTF-8";
     EXPECT_EQ(TextOf(File("/a b%é;?#[x]:y")), "file:///a%20b%25%C3%A9%3B%3F%23%5Bx%5D:y");
-    EXPECT_EQ(Path(File("//double//slash")), "//double//slash");
-}
-
-TEST(FileUrl, FillsABufferOnlyWhenPathAndTerminatorFit)
-{
-    const auto url = File("/tmp/é");
-    EXPECT_EQ(Path(url, 8), "/tmp/é");
-    EXPECT_EQ(Path(url, 7), "(false)");
-    EXPECT_EQ(Path(url, 0), "(false)");
-    EXPECT_EQ(Path(File("/"), 2), "/");
-    EXPECT_FALSE(CFURLGetFileSystemRepresentation(url.get(), true, nullptr, 100));
-}
-
-TEST(FileUrl, EndsWithASlashWhenItIsToBeAFolder)
-{
-    EXPECT_EQ(TextOf(File("/a", true)), "file:///a/");
-    EXPECT_EQ(TextOf(File("/a//", true)), "file:///a/");
-    EXPECT_EQ(TextOf(File("/a/", false)), "file:///a");
-    EXPECT_EQ(TextOf(File("/", false)), "file:///");
-    EXPECT_EQ(Path(File("/a", true)), "/a");
-    EXPECT_EQ(File(""), nullptr);
-    EXPECT_EQ(CFURLCreateWithFileSystemPath(nullptr, CFSTR(""), kCFURLPOSIXPathStyle, false), nullptr);
-    EXPECT_EQ(CFURLCreateWithFileSystemPath(nullptr, Units(u"/\xd800").get(), kCFURLPOSIXPathStyle, false),
-        nullptr);
+    EXPECT_EQ(Path(File("/tmp/é"), 8), "/tmp/é");
+    EXPECT_EQ(Path(File("/tmp/é"), 7), "(false)");
+    EXPECT_EQ(Path(File("/"), 0), "(false)");
 }
 
 TEST(FileUrl, OfARelativePathMeansTheBaseOrTheWorkingFolder)
@@ -160,7 +108,7 @@ TEST(FileUrl, OfARelativePathMeansTheBaseOrTheWorkingFolder)
     const auto url = Hold(CFURLCreateWithFileSystemPathRelativeToBase(
         nullptr, CFSTR("a:b/c"), kCFURLPOSIXPathStyle, false, base.get()));
     EXPECT_EQ(Path(url), "/Library/a:b/c");
-    EXPECT_EQ(Show(Hold(CFURLCopyFileSystemPath(url.get(), kCFURLPOSIXPathStyle))), "a:b/c");
+    EXPECT_EQ(Taken(CFURLCopyFileSystemPath(url.get(), kCFURLPOSIXPathStyle)), "a:b/c");
     EXPECT_EQ(Path(File("/etc", false, base.get())), "/etc");
     EXPECT_EQ(Path(File("x")), (std::filesystem::current_path() / "x").string());
 }
@@ -174,75 +122,72 @@ TEST(FileUrl, IsNoPathForOtherUrlsOrNullBytes)
     EXPECT_EQ(Path(Url("FILE://localhost/a%2Fb/")), "/a/b");
 }
 
+TEST(FileUrl, EndsWithASlashWhenItIsToBeAFolder)
+{
+    EXPECT_EQ(TextOf(File("/a//", true)), "file:///a/");
+    EXPECT_EQ(TextOf(File("/a/", false)), "file:///a");
+    EXPECT_EQ(TextOf(File("/", false)), "file:///");
+    EXPECT_EQ(File(""), nullptr);
+    EXPECT_EQ(CFURLCreateWithFileSystemPath(nullptr, Units(u"/\xd800").get(), kCFURLPOSIXPathStyle, false),
+        nullptr);
+    for (const char* folder : { "file:///", "file:///a/", "a/..", ".", "file:///a/./?q" })
+        EXPECT_TRUE(CFURLHasDirectoryPath(Url(folder).get())) << folder;
+    for (const char* file : { "file:///a", "a", "..a", "http://host", "file:///a?/" })
+        EXPECT_FALSE(CFURLHasDirectoryPath(Url(file).get())) << file;
+}
+
 TEST(UrlChanges, AppendComponents)
 {
-    EXPECT_EQ(Appended("file:///a", "b c"), "file:///a/b%20c");
-    EXPECT_EQ(Appended("file:///a/", "b", true), "file:///a/b/");
-    EXPECT_EQ(Appended("file:///", "/b/c/"), "file:///b/c");
-    EXPECT_EQ(Appended("http://host?q#f", "x"), "http://host/x?q#f");
-    EXPECT_EQ(Appended("mailto:a", "x"), "(null)");
+    const auto appended = [](const Held<CFURLRef>& url, CFStringRef component, bool isFolder = false) {
+        return Hold(CFURLCreateCopyAppendingPathComponent(nullptr, url.get(), component, isFolder));
+    };
+    EXPECT_EQ(TextOf(appended(Url("file:///a"), CFSTR("b c"))), "file:///a/b%20c");
+    EXPECT_EQ(TextOf(appended(Url("file:///a/"), CFSTR("b"), true)), "file:///a/b/");
+    EXPECT_EQ(TextOf(appended(Url("file:///"), CFSTR("/b/c/"))), "file:///b/c");
+    EXPECT_EQ(TextOf(appended(Url("http://host?q#f"), CFSTR("x"))), "http://host/x?q#f");
+    EXPECT_EQ(TextOf(appended(Url("mailto:a"), CFSTR("x"))), "(null)");
     const auto base = File("/base", true);
-    const auto relative = Hold(
-        CFURLCreateCopyAppendingPathComponent(nullptr, Url("sub", base.get()).get(), CFSTR("50%"), false));
-    EXPECT_EQ(CFURLGetBaseURL(relative.get()), base.get());
-    EXPECT_EQ(Path(relative), "/base/sub/50%");
-    const auto ofBase = Hold(CFURLCreateCopyAppendingPathComponent(
-        nullptr, Url("", File("/file").get()).get(), CFSTR("x"), false));
-    EXPECT_EQ(Path(ofBase), "/file/x") << "a URL without a path means its base's";
+    EXPECT_EQ(Path(appended(Url("sub", base.get()), CFSTR("50%"))), "/base/sub/50%");
+    EXPECT_EQ(Path(appended(Url("", File("/file").get()), CFSTR("x"))), "/file/x")
+        << "without a path: its base's";
 }
 
-TEST(UrlChanges, DeleteTheLastComponent)
+TEST(UrlChanges, DeleteComponentsAndAppendAndDeleteExtensions)
 {
-    const auto parent = [](const char* url) {
-        return TextOf(Hold(CFURLCreateCopyDeletingLastPathComponent(nullptr, Url(url).get())));
+    const std::pair<const char*, const char*> parents[] = { { "file:///a/b%20c", "file:///a/" },
+        { "file:///a/b/", "file:///a/" }, { "file:///a", "file:///" }, { "file:///", "file:///" },
+        { "a", "./" }, { "a/..", "a/../../" }, { "http://h/a?q", "http://h/?q" } };
+    for (const auto& [url, parent] : parents)
+        EXPECT_EQ(TextOf(Hold(CFURLCreateCopyDeletingLastPathComponent(nullptr, Url(url).get()))), parent);
+    const std::pair<const char*, const char*> bare[]
+        = { { "file:///a.b/c.tar.gz", "file:///a.b/c.tar" }, { "file:///a.b/c", "file:///a.b/c" },
+              { "file:///A.app/", "file:///A/" }, { "file:///.hidden", "file:///.hidden" } };
+    for (const auto& [url, without] : bare)
+        EXPECT_EQ(TextOf(Hold(CFURLCreateCopyDeletingPathExtension(nullptr, Url(url).get()))), without);
+    const auto with = [](const char* url, CFStringRef extension) {
+        return TextOf(Hold(CFURLCreateCopyAppendingPathExtension(nullptr, Url(url).get(), extension)));
     };
-    EXPECT_EQ(parent("file:///a/b%20c"), "file:///a/");
-    EXPECT_EQ(parent("file:///a/b/"), "file:///a/");
-    EXPECT_EQ(parent("file:///a"), "file:///");
-    EXPECT_EQ(parent("file:///"), "file:///");
-    EXPECT_EQ(parent("a"), "./");
-    EXPECT_EQ(parent("a/.."), "a/../../");
-    EXPECT_EQ(parent("http://h/a?q"), "http://h/?q");
+    EXPECT_EQ(with("file:///a/b", CFSTR("p l")), "file:///a/b.p%20l");
+    EXPECT_EQ(with("file:///App/", CFSTR("app")), "file:///App.app/");
+    EXPECT_EQ(with("file:///", CFSTR("x")), "(null)");
+    EXPECT_EQ(with("file:///a", CFSTR("x/y")), "(null)");
 }
 
-TEST(UrlChanges, AppendAndDeleteExtensions)
+TEST(UrlEscapes, ComeOffCharacterByCharacterAndGoOnWhatAUrlCannotHold)
 {
-    const auto with = [](const char* url, const char* extension) {
-        return TextOf(
-            Hold(CFURLCreateCopyAppendingPathExtension(nullptr, Url(url).get(), Text(extension).get())));
+    const auto unescaped = [](const char* text, CFStringRef left = CFSTR("")) {
+        return Taken(CFURLCreateStringByReplacingPercentEscapes(nullptr, Text(text).get(), left));
     };
-    EXPECT_EQ(with("file:///a/b", "p l"), "file:///a/b.p%20l");
-    EXPECT_EQ(with("file:///App/", "app"), "file:///App.app/");
-    EXPECT_EQ(with("file:///", "x"), "(null)");
-    EXPECT_EQ(with("file:///a", "x/y"), "(null)");
-    const auto without = [](const char* url) {
-        return TextOf(Hold(CFURLCreateCopyDeletingPathExtension(nullptr, Url(url).get())));
+    EXPECT_EQ(unescaped("a%20%C3%A9%25"), "a é%");
+    EXPECT_EQ(unescaped("%C3%A9%2F%20", CFSTR("/é")), "%C3%A9%2F ");
+    for (const char* invalid : { "%ff", "%C3x", "100%", "%4", "%g0" })
+        EXPECT_EQ(unescaped(invalid), "(null)") << invalid;
+    EXPECT_EQ(unescaped("a%20", nullptr), "a%20");
+    const auto escaped = [](const char* text, CFStringRef left, CFStringRef escapedToo,
+                             CFStringEncoding encoding) {
+        return Taken(
+            CFURLCreateStringByAddingPercentEscapes(nullptr, Text(text).get(), left, escapedToo, encoding));
     };
-    EXPECT_EQ(without("file:///a.b/c.tar.gz"), "file:///a.b/c.tar");
-    EXPECT_EQ(without("file:///a.b/c"), "file:///a.b/c");
-    EXPECT_EQ(without("file:///A.app/"), "file:///A/");
-    EXPECT_EQ(without("file:///.hidden"), "file:///.hidden");
-}
-
-TEST(UrlEscapes, ComeOffCharacterByCharacter)
-{
-    EXPECT_EQ(Unescaped("a%20%C3%A9%25"), "a é%");
-    EXPECT_EQ(Unescaped("%C3%A9%2F%20", CFSTR("/é")), "%C3%A9%2F ");
-    EXPECT_EQ(Unescaped("%ff"), "(null)");
-    EXPECT_EQ(Unescaped("%C3x"), "(null)");
-    EXPECT_EQ(Unescaped("100%"), "(null)");
-    EXPECT_EQ(Unescaped("%4"), "(null)");
-    EXPECT_EQ(Unescaped("%g0"), "(null)");
-    EXPECT_EQ(Unescaped("a%20", nullptr), "a%20");
-}
-
-TEST(UrlEscapes, GoOnWhatAUrlCannotHold)
-{
-    const auto escaped
-        = [](const char* text, CFStringRef unescaped, CFStringRef escapedToo, CFStringEncoding encoding) {
-              return Show(Hold(CFURLCreateStringByAddingPercentEscapes(
-                  nullptr, Text(text).get(), unescaped, escapedToo, encoding)));
-          };
     EXPECT_EQ(escaped("a b/é%#&", nullptr, nullptr, kCFStringEncodingUTF8), "a%20b/%C3%A9%25%23&");
     EXPECT_EQ(escaped("a b/é&", CFSTR(" "), CFSTR("&/"), kCFStringEncodingMacRoman), "a b%2F%8E%26");
     EXPECT_EQ(escaped("€", nullptr, nullptr, kCFStringEncodingASCII), "(null)");
@@ -253,7 +198,6 @@ TEST(Url, EqualityCountsTextAndBase)
     const auto base = File("/a", true);
     EXPECT_TRUE(CFEqual(Url("x", base.get()).get(), Url("x", File("/a", true).get()).get()));
     EXPECT_FALSE(CFEqual(Url("x", base.get()).get(), Url("x").get()));
-    EXPECT_FALSE(CFEqual(Url("x").get(), Url("x", base.get()).get()));
     EXPECT_FALSE(CFEqual(Url("file:///a/x").get(), Url("x", base.get()).get()))
         << "though both mean one file";
 }

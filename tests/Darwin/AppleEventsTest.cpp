@@ -3,8 +3,6 @@
 #include <CoreServices/CoreServices.h>
 #include <Host/HostPath.h>
 
-#include <array>
-
 namespace fs = std::filesystem;
 
 namespace {
@@ -15,24 +13,22 @@ class AppleEventsTest : public testing::Test {
 protected:
     AppleEventsTest() { setenv("ZEK_STARTUP_VOLUME", folder.path().c_str(), 1); }
 
-    static OSStatus send(AEEventClass eventClass, AEEventID eventID, const ProcessSerialNumber& process)
+    static OSStatus send(AEEventClass eventClass = kCoreEventClass, AEEventID eventID = kAERestart,
+        const ProcessSerialNumber& process = kSystem, DescType addressed = typeProcessSerialNumber)
     {
         AEDesc target {};
         AppleEvent event {};
         AppleEvent reply {};
-        EXPECT_EQ(AECreateDesc(typeProcessSerialNumber, &process, sizeof(process), &target), noErr);
-        EXPECT_EQ(AECreateAppleEvent(
-                      eventClass, eventID, &target, kAutoGenerateReturnID, kAnyTransactionID, &event),
-            noErr);
+        EXPECT_EQ(AECreateDesc(addressed, &process, sizeof(process), &target), noErr);
+        EXPECT_EQ(AECreateAppleEvent(eventClass, eventID, &target, kAutoGenerateReturnID, 0, &event), noErr);
+        EXPECT_EQ(AESendMessage(&target, &reply, kAENoReply, kAEDefaultTimeout), errAENotAppleEvent);
+        EXPECT_EQ(AESendMessage(&event, nullptr, 3, kAEDefaultTimeout), paramErr) << "no place for a reply";
         const OSStatus status
             = AESendMessage(&event, &reply, kAENoReply | kAECanSwitchLayer, kAEDefaultTimeout);
-        AEDisposeDesc(&target);
-        AEDisposeDesc(&event);
-        AEDisposeDesc(&reply);
+        for (AEDesc* desc : { &target, &event, &reply })
+            EXPECT_EQ(AEDisposeDesc(desc), noErr);
         return status;
     }
-
-    static OSStatus sendRestart() { return send(kCoreEventClass, kAERestart, kSystem); }
 
     TemporaryFolder folder;
 };
@@ -41,72 +37,50 @@ protected:
 
 TEST_F(AppleEventsTest, RestartIsRecordedOnTheVolume)
 {
-    ASSERT_EQ(sendRestart(), noErr);
+    ASSERT_EQ(send(), noErr);
     const std::string record = ReadText(folder / "private/var/db/RestartRequest.plist");
-    EXPECT_NE(record.find("<integer>" + std::to_string(getpid()) + "</integer>"), std::string::npos)
-        << record;
-    EXPECT_NE(record.find("services_test</string>"), std::string::npos) << record;
-    EXPECT_NE(record.find("<date>20"), std::string::npos) << record;
+    for (const std::string& part : { "<integer>" + std::to_string(getpid()) + "</integer>",
+             std::string("services_test</string>"), std::string("<date>20") })
+        EXPECT_NE(record.find(part), std::string::npos) << part << " in " << record;
     WriteText(HostRestartRequestPath(), "of another program");
-    EXPECT_EQ(sendRestart(), noErr);
+    EXPECT_EQ(send(), noErr);
     EXPECT_NE(ReadText(HostRestartRequestPath()), "of another program");
 }
 
 TEST_F(AppleEventsTest, RestartThatCannotBeRecordedFails)
 {
     WriteText(folder / "private", "no folder");
-    EXPECT_EQ(sendRestart(), ioErr);
+    EXPECT_EQ(send(), ioErr);
     setenv("ZEK_STARTUP_VOLUME", (folder / "missing").c_str(), 1);
-    EXPECT_EQ(sendRestart(), ioErr);
+    EXPECT_EQ(send(), ioErr);
     EXPECT_FALSE(fs::exists(folder / "missing"));
     if (geteuid() != 0)
         return;
     fs::create_directory(folder / "missing");
-    AsStranger([&] { EXPECT_EQ(sendRestart(), permErr); });
+    AsStranger([] { EXPECT_EQ(send(), permErr); });
 }
 
 TEST_F(AppleEventsTest, OtherEventsAndTargetsAreNotMistakenForARestart)
 {
     EXPECT_EQ(send(kCoreEventClass, kAERestart, { 0, 2 }), procNotFound);
     EXPECT_EQ(send(kCoreEventClass, kAERestart, { 1, 1 }), procNotFound);
-    EXPECT_EQ(send(kCoreEventClass, 0x71756974, kSystem), errAEEventNotHandled);
-    EXPECT_EQ(send(0x636F7265, kAERestart, kSystem), errAEEventNotHandled);
-
-    AEDesc target {};
-    AppleEvent event {};
-    ASSERT_EQ(AECreateDesc(0x7369676E, &kSystem, sizeof(kSystem), &target), noErr);
-    ASSERT_EQ(AECreateAppleEvent(kCoreEventClass, kAERestart, &target, -1, 0, &event), noErr);
-    EXPECT_EQ(AESendMessage(&event, nullptr, kAENoReply, kAEDefaultTimeout), procNotFound);
-    EXPECT_EQ(AESendMessage(&target, nullptr, kAENoReply, kAEDefaultTimeout), errAENotAppleEvent);
-    EXPECT_EQ(AESendMessage(&event, nullptr, 3, kAEDefaultTimeout), paramErr) << "nowhere for the reply";
-    AEDisposeDesc(&target);
-    AEDisposeDesc(&event);
+    EXPECT_EQ(send(kCoreEventClass, kAERestart, kSystem, 0x7369676E), procNotFound);
+    EXPECT_EQ(send(kCoreEventClass, 0x71756974), errAEEventNotHandled);
+    EXPECT_EQ(send(0x636F7265), errAEEventNotHandled);
     EXPECT_EQ(EntryCount(folder.path()), 0U);
 }
 
 TEST_F(AppleEventsTest, DescriptorsCopyTheirDataAndAreDisposedOfOnce)
 {
     AEDesc desc {};
-    std::string text = "data";
-    ASSERT_EQ(AECreateDesc(0x54455854, text.data(), 4, &desc), noErr);
-    text = "lost";
-    std::array<char, 8> buffer {};
-    EXPECT_EQ(AEGetDescDataSize(&desc), 4);
-    EXPECT_EQ(AEGetDescData(&desc, buffer.data(), 3), noErr);
-    EXPECT_STREQ(buffer.data(), "dat");
-    EXPECT_EQ(AEDisposeDesc(&desc), noErr);
-    EXPECT_EQ(desc.descriptorType, typeNull);
-    EXPECT_EQ(AEDisposeDesc(&desc), noErr);
-    EXPECT_EQ(AEGetDescDataSize(&desc), 0);
-
-    EXPECT_EQ(AECreateDesc(typeNull, nullptr, 1, &desc), paramErr);
-    EXPECT_EQ(AECreateDesc(typeNull, text.data(), -1, &desc), paramErr);
-    EXPECT_EQ(AECreateDesc(typeNull, text.data(), 4, nullptr), paramErr);
-    ASSERT_EQ(AECreateDesc(typeProcessSerialNumber, text.data(), 4, &desc), noErr);
     AppleEvent event {};
+    std::string text = "data";
+    ASSERT_EQ(AECreateDesc(typeProcessSerialNumber, text.data(), 4, &desc), noErr);
+    EXPECT_EQ(AECreateDesc(typeNull, text.data(), -1, &event), paramErr);
+    text = "lost";
+    EXPECT_EQ(AEGetDescData(&desc, text.data(), 3), noErr);
+    EXPECT_EQ(text, "datt");
     EXPECT_EQ(AECreateAppleEvent(kCoreEventClass, kAERestart, &desc, -1, 0, &event), paramErr) << "too short";
-    EXPECT_EQ(AECreateAppleEvent(kCoreEventClass, kAERestart, nullptr, -1, 0, &event), paramErr);
-    EXPECT_EQ(AESendMessage(nullptr, nullptr, kAENoReply, kAEDefaultTimeout), paramErr);
-    EXPECT_EQ(AEDisposeDesc(nullptr), paramErr);
-    AEDisposeDesc(&desc);
+    EXPECT_EQ(AEDisposeDesc(&desc), noErr);
+    EXPECT_EQ(AEDisposeDesc(&desc), noErr);
 }

@@ -1,10 +1,9 @@
 #include "Support.h"
 
+#include <Host/ProgramStart.h>
 #include <Security/Authorization.h>
 
 #include <array>
-#include <cerrno>
-#include <fcntl.h>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -35,12 +34,7 @@ protected:
 
     OSStatus start(const std::string& path, std::vector<std::string> arguments, FILE** stream = nullptr) const
     {
-        std::vector<char*> list;
-        list.reserve(arguments.size() + 1);
-        for (std::string& argument : arguments)
-            list.push_back(argument.data());
-        list.push_back(nullptr);
-        return AuthorizationExecuteWithPrivileges(ref, path.c_str(), 0, list.data(), stream);
+        return AuthorizationExecuteWithPrivileges(ref, path.c_str(), 0, PointersTo(arguments).data(), stream);
     }
 
     /// @return how the tool was started, or "" when it was not.
@@ -62,6 +56,15 @@ protected:
     AuthorizationRef ref = nullptr;
 };
 
+class RootAuthorizationTest : public AuthorizationTest {
+protected:
+    void SetUp() override
+    {
+        if (geteuid() != 0)
+            GTEST_SKIP() << "needs root";
+    }
+};
+
 bool Has(const std::string& text, const std::string& line)
 {
     return ('\n' + text).find('\n' + line + '\n') != std::string::npos;
@@ -74,47 +77,40 @@ TEST_F(AuthorizationTest, MalformedArgumentsAndReferencesThatAreGoneAreRecognise
     AuthorizationItem nameless {};
     const AuthorizationRights noItems { 1, nullptr };
     const AuthorizationRights noName { 1, &nameless };
-    const AuthorizationRights none { 0, nullptr };
-    EXPECT_EQ(AuthorizationCopyRights(ref, &noItems, nullptr, kAsk, nullptr), errAuthorizationInvalidSet);
-    EXPECT_EQ(AuthorizationCopyRights(ref, &noName, nullptr, kAsk, nullptr), errAuthorizationInvalidSet);
-    EXPECT_EQ(AuthorizationCopyRights(ref, &none, &noName, kAsk, nullptr), errAuthorizationInvalidSet);
-    EXPECT_EQ(AuthorizationCopyRights(ref, nullptr, nullptr, kAsk, nullptr), errAuthorizationInvalidSet);
-    EXPECT_EQ(AuthorizationCopyRights(ref, &none, nullptr, kAsk, nullptr), errAuthorizationSuccess);
+    for (const AuthorizationRights* bad :
+        { &noItems, &noName, static_cast<const AuthorizationRights*>(nullptr) })
+        EXPECT_EQ(AuthorizationCopyRights(ref, bad, nullptr, kAsk, nullptr), errAuthorizationInvalidSet);
     EXPECT_EQ(ask(1U << 20), errAuthorizationInvalidFlags);
-    EXPECT_EQ(AuthorizationFree(ref, 1), errAuthorizationInvalidFlags);
-    EXPECT_EQ(AuthorizationExecuteWithPrivileges(ref, tool.c_str(), 1, nullptr, nullptr),
-        errAuthorizationInvalidFlags);
 
-    const AuthorizationRef stale = ref;
-    AuthorizationExternalForm form {};
+    int elsewhere = 0;
+    const AuthorizationRef bad[]
+        = { ref, static_cast<AuthorizationRef>(nullptr), reinterpret_cast<AuthorizationRef>(&elsewhere) };
     EXPECT_EQ(AuthorizationFree(ref, kAuthorizationFlagDefaults), errAuthorizationSuccess);
     ASSERT_EQ(AuthorizationCreate(nullptr, nullptr, 0, &ref), errAuthorizationSuccess);
-    int elsewhere = 0;
-    for (const AuthorizationRef bad :
-        { stale, static_cast<AuthorizationRef>(nullptr), reinterpret_cast<AuthorizationRef>(&elsewhere) }) {
-        EXPECT_EQ(AuthorizationCopyRights(bad, &none, nullptr, kAsk, nullptr), errAuthorizationInvalidRef);
-        EXPECT_EQ(AuthorizationMakeExternalForm(bad, &form), errAuthorizationInvalidRef);
-        EXPECT_EQ(AuthorizationExecuteWithPrivileges(bad, tool.c_str(), 0, nullptr, nullptr),
-            errAuthorizationInvalidRef);
-        EXPECT_EQ(AuthorizationFree(bad, 0), errAuthorizationInvalidRef);
+    const AuthorizationRef good = ref;
+    for (const AuthorizationRef each : bad) {
+        AuthorizationExternalForm form {};
+        ref = each;
+        EXPECT_EQ(ask(), errAuthorizationInvalidRef);
+        EXPECT_EQ(start(tool, {}), errAuthorizationInvalidRef);
+        EXPECT_EQ(AuthorizationMakeExternalForm(ref, &form), errAuthorizationInvalidRef);
+        EXPECT_EQ(AuthorizationFree(ref, 0), errAuthorizationInvalidRef);
     }
+    ref = good;
 }
 
 TEST_F(AuthorizationTest, ExternalFormSharesRightsUntilTheyAreDestroyed)
 {
     AuthorizationExternalForm form {};
     AuthorizationRef second = nullptr;
+    AuthorizationRef forged = nullptr;
     ASSERT_EQ(AuthorizationMakeExternalForm(ref, &form), errAuthorizationSuccess);
     ASSERT_EQ(AuthorizationCreateFromExternalForm(&form, &second), errAuthorizationSuccess);
-    EXPECT_NE(second, ref);
     ++form.bytes[0];
-    AuthorizationRef forged = nullptr;
     EXPECT_EQ(AuthorizationCreateFromExternalForm(&form, &forged), errAuthorizationInternalizeNotAllowed);
     --form.bytes[0];
 
-    std::swap(ref, second);
     EXPECT_EQ(ask(kAuthorizationFlagDefaults), errAuthorizationDenied) << "nobody has asked for it yet";
-    std::swap(ref, second);
     ASSERT_EQ(ask(), errAuthorizationSuccess) << "this test runs as root or as the volume's owner";
     std::swap(ref, second);
     EXPECT_EQ(ask(kAuthorizationFlagDefaults), errAuthorizationSuccess);
@@ -132,24 +128,23 @@ TEST_F(AuthorizationTest, ToolGetsItsArgumentsAndLittleElse)
     const int leaked = dup(STDERR_FILENO);
     const std::string text = report(tool, { "two words", "", "line\nfeed", "\xff$HOME" });
     close(leaked);
-    unsetenv("LD_LIBRARY_PATH");
-    unsetenv("LC_ALL");
-    unsetenv("LC_TIME");
-    EXPECT_NE(
-        text.find("argument: <two words>\nargument: <>\nargument: <line\nfeed>\nargument: <\xff$HOME>\n"),
-        std::string::npos);
-    EXPECT_TRUE(Has(text, "name: " + tool)) << text;
-    EXPECT_TRUE(Has(text, "descriptors: 0 1 2")) << text;
-    EXPECT_TRUE(Has(text, "empty input: 1")) << text;
+    for (const char* variable : { "LD_LIBRARY_PATH", "LC_ALL", "LC_TIME" })
+        unsetenv(variable);
+    for (const std::string& part :
+        { "name: " + tool, std::string("descriptors: 0 1 2"), std::string("empty input: 1"),
+            "variable: ZEK_STARTUP_VOLUME=" + folder.path(), std::string("variable: LC_TIME=C"),
+            std::string(
+                "argument: <two words>\nargument: <>\nargument: <line\nfeed>\nargument: <\xff$HOME>") })
+        EXPECT_TRUE(Has(text, part)) << part << " in " << text;
     EXPECT_FALSE(Has(text, "session: " + std::to_string(getsid(0)))) << text;
-    EXPECT_TRUE(Has(text, "variable: ZEK_STARTUP_VOLUME=" + folder.path())) << text;
-    EXPECT_TRUE(Has(text, "variable: LC_TIME=C")) << text;
     EXPECT_EQ(text.find("LD_LIBRARY_PATH"), std::string::npos);
     EXPECT_EQ(text.find("LC_ALL"), std::string::npos);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was left behind";
-    EXPECT_EQ(errno, ECHILD);
-    EXPECT_EQ(
-        AuthorizationExecuteWithPrivileges(ref, tool.c_str(), 0, nullptr, nullptr), errAuthorizationSuccess);
+    InChild([&] {
+        for (int i = 0; i <= STDERR_FILENO; ++i)
+            close(i);
+        EXPECT_TRUE(Has(report(tool), "descriptors: 0 1 2")) << "its files must not land there";
+    });
 }
 
 TEST_F(AuthorizationTest, StreamReachesTheTool)
@@ -163,19 +158,20 @@ TEST_F(AuthorizationTest, StreamReachesTheTool)
     (void)std::fclose(stream);
 }
 
-TEST_F(AuthorizationTest, StandardDescriptorsThatAreClosedAreNotTakenByOthers)
+TEST_F(AuthorizationTest, WhatIsNoProgramIsNotStarted)
 {
-    InChild([&] {
-        for (int i = 0; i <= STDERR_FILENO; ++i)
-            close(i);
-        EXPECT_TRUE(Has(report(tool), "descriptors: 0 1 2"));
-    });
+    WriteText(bin + "/text", "no program");
+    fs::permissions(bin + "/text", fs::perms(0755));
+    ASSERT_EQ(mkfifo((bin + "/fifo").c_str(), 0755), 0);
+    FILE* stream = nullptr;
+    for (const char* name : { "/text", "/fifo", "/missing", "", "/tool/below" })
+        EXPECT_EQ(start(bin + name, {}, &stream), errAuthorizationToolExecuteFailure) << name;
+    EXPECT_EQ(start("", {}), errAuthorizationToolExecuteFailure);
+    EXPECT_EQ(stream, nullptr);
 }
 
-TEST_F(AuthorizationTest, RootBecomesTheToolsRealUser)
+TEST_F(RootAuthorizationTest, RootBecomesTheToolsRealUser)
 {
-    if (geteuid() != 0)
-        GTEST_SKIP() << "needs root";
     InChild([&] {
         ASSERT_EQ(setresuid(kStranger, 0, 0), 0);
         const std::string text = report(tool);
@@ -184,20 +180,17 @@ TEST_F(AuthorizationTest, RootBecomesTheToolsRealUser)
     });
 }
 
-TEST_F(AuthorizationTest, ToolsThatOthersCouldHaveChangedAreNotStarted)
+TEST_F(RootAuthorizationTest, ToolsThatOthersCouldHaveChangedAreNotStarted)
 {
-    if (geteuid() != 0)
-        GTEST_SKIP() << "needs root";
     fs::create_symlink("bin/tool", folder / "link");
     EXPECT_NE(report(folder / "link"), "") << "the tool behind it is fine";
-    struct Fault {
+    const struct {
         std::string path;
         mode_t mode;
         uid_t owner;
-    };
-    for (const Fault& fault :
-        { Fault { tool, 0775, 0 }, { tool, 0757, 0 }, { tool, 0755, kStranger }, { tool, 0644, 0 },
-            { bin, 0775, 0 }, { bin, 0777, 0 }, { bin, 0755, kStranger }, { bin, 01777, kStranger } }) {
+    } faults[] = { { tool, 0775, 0 }, { tool, 0757, 0 }, { tool, 0755, kStranger }, { tool, 0644, 0 },
+        { bin, 0775, 0 }, { bin, 0777, 0 }, { bin, 0755, kStranger }, { bin, 01777, kStranger } };
+    for (const auto& fault : faults) {
         ASSERT_EQ(chown(fault.path.c_str(), fault.owner, 0), 0);
         ASSERT_EQ(chmod(fault.path.c_str(), fault.mode), 0);
         for (const std::string& path : { tool, folder / "link" })
@@ -210,23 +203,8 @@ TEST_F(AuthorizationTest, ToolsThatOthersCouldHaveChangedAreNotStarted)
     EXPECT_NE(report(tool), "") << "only its owner can replace it";
 }
 
-TEST_F(AuthorizationTest, WhatIsNoProgramIsNotStarted)
+TEST_F(RootAuthorizationTest, StrangersAreRefusedExceptOnVolumesOfTheirOwn)
 {
-    WriteText(bin + "/text", "no program");
-    fs::permissions(bin + "/text", fs::perms(0755));
-    ASSERT_EQ(mkfifo((bin + "/fifo").c_str(), 0755), 0);
-    for (const char* name : { "/text", "/fifo", "/missing", "", "/tool/below" })
-        EXPECT_EQ(start(bin + name, {}), errAuthorizationToolExecuteFailure) << name;
-    EXPECT_EQ(start("", {}), errAuthorizationToolExecuteFailure);
-    FILE* stream = nullptr;
-    EXPECT_EQ(start(bin + "/text", {}, &stream), errAuthorizationToolExecuteFailure);
-    EXPECT_EQ(stream, nullptr);
-}
-
-TEST_F(AuthorizationTest, StrangersAreRefusedExceptOnVolumesOfTheirOwn)
-{
-    if (geteuid() != 0)
-        GTEST_SKIP() << "needs root";
     AsStranger([&] {
         EXPECT_EQ(ask(), errAuthorizationDenied);
         EXPECT_EQ(start(tool, {}), errAuthorizationDenied);

@@ -4,56 +4,33 @@
 
 #include <Host/HostPath.h>
 
-#include <array>
-#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
-
-int Echo()
-{
-    std::array<char, 100> line {};
-    if (std::fgets(line.data(), line.size(), stdin) == nullptr)
-        return 1;
-    return std::fputs(line.data(), stdout) < 0 ? 1 : 0;
-}
-
-std::string OpenDescriptors()
-{
-    std::string open;
-    for (int i = 0; i < 256; ++i) {
-        if (fcntl(i, F_GETFD) >= 0)
-            open += ' ' + std::to_string(i);
-    }
-    return open;
-}
-
-bool IsInputEmpty()
-{
-    char byte = 0;
-    return read(STDIN_FILENO, &byte, 1) == 0;
-}
 
 /// Under another name first, so that a reader never sees half of it.
 int Report(int argc, char** argv)
 {
     const std::string file = argv[2];
-    const std::string descriptors = OpenDescriptors(); // before the report is one of them
+    std::string descriptors;
+    for (int i = 0; i < 256; ++i) {
+        if (fcntl(i, F_GETFD) >= 0)
+            descriptors += ' ' + std::to_string(i);
+    }
+    char byte = 0;
     std::ofstream report(file + ".part");
-    report << "descriptors:" << descriptors << "\n";
-    report << "empty input: " << IsInputEmpty() << "\n";
-    report << "session: " << getsid(0) << "\n";
-    report << "user: " << getuid() << ' ' << geteuid() << "\n";
-    report << "name: " << argv[0] << "\n";
+    report << "descriptors:" << descriptors << "\nempty input: " << (read(STDIN_FILENO, &byte, 1) == 0)
+           << "\nsession: " << getsid(0) << "\nuser: " << getuid() << ' ' << geteuid()
+           << "\nname: " << argv[0] << '\n';
     for (int i = 3; i < argc; ++i)
         report << "argument: <" << argv[i] << ">\n";
     for (char** variable = environ; *variable != nullptr; ++variable)
-        report << "variable: " << *variable << "\n";
+        report << "variable: " << *variable << '\n';
     report.close();
     std::filesystem::rename(file + ".part", file);
     return 0;
@@ -64,9 +41,10 @@ int Report(int argc, char** argv)
 int main(int argc, char** argv)
 {
     const std::string mode = argc > 1 ? argv[1] : "";
-    if (mode == "volume")
-        return std::puts(HostStartupVolume().c_str()) < 0;
+    if (mode == "report" && argc > 2)
+        return Report(argc, argv);
+    std::string text = HostStartupVolume();
     if (mode == "echo")
-        return Echo();
-    return mode == "report" && argc > 2 ? Report(argc, argv) : 64;
+        std::getline(std::cin, text);
+    return std::cout << text << std::endl ? 0 : 1;
 }

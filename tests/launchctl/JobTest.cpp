@@ -13,8 +13,7 @@ using testing::Pair;
 
 namespace {
 
-constexpr const char* good
-    = "<key>Label</key><string>a.b-c_1</string><key>Program</key><string>/bin/a</string>";
+const std::string good = "<key>Label</key><string>a.b-c_1</string><key>Program</key><string>/bin/a</string>";
 
 std::optional<Job> Parse(const std::string& keys)
 {
@@ -22,10 +21,10 @@ std::optional<Job> Parse(const std::string& keys)
     return ParseJob(PropertyList(keys), problem);
 }
 
-std::string ProblemOf(const std::string& keys)
+std::string ProblemOf(const std::string& bytes)
 {
     std::string problem;
-    EXPECT_FALSE(ParseJob(PropertyList(keys), problem)) << keys;
+    EXPECT_FALSE(ParseJob(bytes, problem));
     return problem;
 }
 
@@ -33,7 +32,7 @@ std::string ProblemOf(const std::string& keys)
 
 TEST(JobTest, EveryKeyReachesItsPlace)
 {
-    const auto job = Parse(std::string(good) + R"(
+    const auto job = Parse(good + R"(
         <key>ProgramArguments</key><array><string>b</string><string></string></array>
         <key>Disabled</key><true/><key>RunAtLoad</key><true/><key>Unknown</key><date>2020-01-01T00:00:00Z</date>
         <key>KeepAlive</key><dict><key>SuccessfulExit</key><false/><key>NetworkState</key><true/></dict>
@@ -43,14 +42,11 @@ TEST(JobTest, EveryKeyReachesItsPlace)
         <key>StandardErrorPath</key><string>/e</string>
         <key>ThrottleInterval</key><integer>0</integer><key>ExitTimeOut</key><integer>3</integer>)");
     ASSERT_TRUE(job);
-    EXPECT_EQ(job->label, "a.b-c_1");
-    EXPECT_EQ(job->program, "/bin/a");
+    EXPECT_EQ(job->label + ' ' + job->program, "a.b-c_1 /bin/a");
     EXPECT_THAT(job->arguments, ElementsAre("b", ""));
-    EXPECT_TRUE(job->disabled && job->runAtLoad && !job->keepAlive.always);
+    EXPECT_TRUE(job->disabled && job->runAtLoad && !job->keepAlive.always && !job->keepAlive.crashed);
     EXPECT_EQ(job->keepAlive.successfulExit, false);
-    EXPECT_FALSE(job->keepAlive.crashed);
-    EXPECT_TRUE(job->isFor("Background"));
-    EXPECT_FALSE(job->isFor("LoginWindow"));
+    EXPECT_TRUE(job->isFor("Background") && !job->isFor("LoginWindow"));
     EXPECT_THAT(job->environment, ElementsAre(Pair("A", "1=2")));
     EXPECT_EQ(job->workingDirectory + job->standardOutPath + job->standardErrorPath, "/w/o/e");
     EXPECT_EQ(job->throttleInterval.count(), 1) << "no interval at all would keep the machine busy";
@@ -59,12 +55,11 @@ TEST(JobTest, EveryKeyReachesItsPlace)
 
 TEST(JobTest, TheShortestJobGetsTheUsualValues)
 {
-    const auto job = Parse("<key>Label</key><string>a</string><key>ProgramArguments</key><array><string>/bin/"
-                           "b</string></array>");
+    const auto job = Parse("<key>Label</key><string>a</string>"
+                           "<key>ProgramArguments</key><array><string>/bin/b</string></array>");
     ASSERT_TRUE(job);
     EXPECT_EQ(job->program, "/bin/b");
-    EXPECT_FALSE(job->disabled || job->startsAtLoad());
-    EXPECT_TRUE(job->isFor("Aqua"));
+    EXPECT_TRUE(job->isFor("Aqua") && !job->disabled && !job->startsAtLoad());
     EXPECT_EQ(job->throttleInterval.count(), 10);
     EXPECT_EQ(job->exitTimeOut.count(), 20);
     EXPECT_THAT(Parse(good)->arguments, ElementsAre("/bin/a"));
@@ -74,60 +69,46 @@ TEST(JobTest, RefusalsNameTheKeyAtFault)
 {
     const std::string label = "<key>Label</key><string>a</string>";
     const std::string program = "<key>Program</key><string>/bin/a</string>";
-    const auto with = [](const std::string& keys) { return good + keys; };
-    const struct {
-        std::string keys;
-        const char* problem;
-    } rows[] = {
+    const auto text = [](const std::string& key, const std::string& value) {
+        return "<key>" + key + "</key><string>" + value + "</string>";
+    };
+    const std::pair<std::string, const char*> rows[] = {
         { program, "Label is missing" },
         { "<key>Label</key><integer>1</integer>" + program, "Label is not a string" },
-        { "<key>Label</key><string></string>" + program, "Label is not 1 to 255" },
-        { "<key>Label</key><string>a/b</string>" + program, "Label is not 1 to 255" },
-        { "<key>Label</key><string>" + std::string(256, 'a') + "</string>" + program,
-            "Label is not 1 to 255" },
+        { text("Label", "") + program, "Label is not 1 to 255" },
+        { text("Label", "a/b") + program, "Label is not 1 to 255" },
+        { text("Label", std::string(256, 'a')) + program, "Label is not 1 to 255" },
         { label, "Program and ProgramArguments are both missing" },
-        { label + "<key>Program</key><string></string>", "Program is empty" },
-        { label + "<key>Program</key><string>bin/a</string>", "Program is not an absolute path" },
-        { label + "<key>Program</key><string>/" + std::string(5000, 'a') + "</string>",
-            "Program is too long" },
+        { label + text("Program", ""), "Program is empty" },
+        { label + text("Program", "bin/a"), "Program is not an absolute path" },
+        { label + text("Program", "/" + std::string(5000, 'a')), "Program is too long" },
         { label + "<key>ProgramArguments</key><array/>", "ProgramArguments is empty" },
-        { label + "<key>ProgramArguments</key><array><string>a</string></array>",
-            "ProgramArguments is not an abs" },
-        { label + "<key>ProgramArguments</key><array><true/></array>",
-            "ProgramArguments is not an array of str" },
-        { label + "<key>ProgramArguments</key><string>/a</string>",
-            "ProgramArguments is not an array of strings" },
-        { with("<key>KeepAlive</key><integer>1</integer>"), "KeepAlive is not a boolean" },
-        { with("<key>KeepAlive</key><dict><key>Crashed</key><string/></dict>"),
+        { label + "<key>ProgramArguments</key><array><string>a</string></array>", "is not an absolute path" },
+        { label + "<key>ProgramArguments</key><array><true/></array>", "is not an array of strings" },
+        { label + text("ProgramArguments", "/a"), "ProgramArguments is not an array of strings" },
+        { good + text("RunAtLoad", "yes"), "RunAtLoad is not a boolean" },
+        { good + "<key>LimitLoadToSessionType</key><true/>", "SessionType is not an array" },
+        { good + text("WorkingDirectory", "w"), "WorkingDirectory is not an absolute path" },
+        { good + text("StandardOutPath", ""), "StandardOutPath is not an absolute path" },
+        { good + text("KeepAlive", "yes"), "KeepAlive is not a boolean" },
+        { good + "<key>KeepAlive</key><dict>" + text("Crashed", "") + "</dict>",
             "KeepAlive: Crashed is not a bool" },
-        { with("<key>RunAtLoad</key><string>yes</string>"), "RunAtLoad is not a boolean" },
-        { with("<key>Disabled</key><integer>0</integer>"), "Disabled is not a boolean" },
-        { with("<key>LimitLoadToSessionType</key><true/>"), "LimitLoadToSessionType is not an array" },
-        { with("<key>EnvironmentVariables</key><dict><key>A</key><true/></dict>"),
+        { good + "<key>EnvironmentVariables</key><dict><key>A</key><true/></dict>",
             "EnvironmentVariables is not" },
-        { with("<key>EnvironmentVariables</key><dict><key>A=</key><string/></dict>"),
+        { good + "<key>EnvironmentVariables</key><dict>" + text("A=", "") + "</dict>",
             "EnvironmentVariables has a" },
-        { with("<key>WorkingDirectory</key><string>w</string>"), "WorkingDirectory is not an absolute path" },
-        { with("<key>StandardOutPath</key><string></string>"), "StandardOutPath is not an absolute path" },
-        { with("<key>ThrottleInterval</key><integer>-1</integer>"),
+        { good + "<key>ThrottleInterval</key><integer>-1</integer>",
             "ThrottleInterval is not an integer from 0" },
-        { with("<key>ExitTimeOut</key><real>1.5</real>"), "ExitTimeOut is not an integer" },
-        { with("<key>ExitTimeOut</key><integer>9999999999</integer>"), "ExitTimeOut is not an integer" },
+        { good + "<key>ExitTimeOut</key><real>1.5</real>", "ExitTimeOut is not an integer" },
+        { good + "<key>ExitTimeOut</key><integer>9999999999</integer>", "ExitTimeOut is not an integer" },
     };
-    for (const auto& row : rows)
-        EXPECT_THAT(ProblemOf(row.keys), HasSubstr(row.problem)) << row.keys;
-}
-
-TEST(JobTest, WhatIsNoDictionaryIsRefused)
-{
+    for (const auto& [keys, problem] : rows)
+        EXPECT_THAT(ProblemOf(PropertyList(keys)), HasSubstr(problem)) << keys;
     const std::string whole = PropertyList(good);
-    const std::string rows[] = { "", "nonsense", whole.substr(0, whole.size() / 2), "<plist><array/></plist>",
-        "bplist00", std::string(maxJobBytes + 1, ' ') };
-    for (const std::string& bytes : rows) {
-        std::string problem;
-        EXPECT_FALSE(ParseJob(bytes, problem)) << bytes.substr(0, 40);
-        EXPECT_NE(problem, "");
-    }
+    for (const std::string& bytes :
+        { std::string(), whole.substr(0, whole.size() / 2), std::string("<plist><array/></plist>"),
+            std::string("bplist00"), std::string(maxJobBytes + 1, ' ') })
+        EXPECT_NE(ProblemOf(bytes), "") << bytes.substr(0, 40);
 }
 
 TEST(JobTest, KeepAliveConditionsDecideByHowTheProgramEnded)
@@ -154,7 +135,7 @@ TEST(JobTest, KeepAliveConditionsDecideByHowTheProgramEnded)
         { "<dict><key>Crashed</key><true/><key>SuccessfulExit</key><true/></dict>", success, true },
     };
     for (const auto& row : rows) {
-        const auto job = Parse(good + std::string("<key>KeepAlive</key>") + row.keepAlive);
+        const auto job = Parse(good + "<key>KeepAlive</key>" + row.keepAlive);
         ASSERT_TRUE(job);
         EXPECT_EQ(job->keepAlive.restartsAfter(row.waitStatus), row.restarts)
             << row.keepAlive << " after " << row.waitStatus;

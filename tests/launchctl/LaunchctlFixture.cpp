@@ -2,13 +2,13 @@
 
 #include "platform/tools/launchd/RuntimeFolder.h"
 
+#include <Host/ProgramStart.h>
+
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 
-#include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -57,19 +57,16 @@ Launchctl::Launchctl(const fs::path& outputFolder, const std::vector<std::string
     static int count = 0;
     fOut = outputFolder / (std::to_string(++count) + ".out");
     fError = outputFolder / (std::to_string(count) + ".error");
-    std::string program = LAUNCHCTL;
     std::vector<std::string> texts = arguments;
-    std::vector<char*> pointers { program.data() };
-    for (std::string& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
+    texts.insert(texts.begin(), LAUNCHCTL);
+    const std::vector<char*> pointers = PointersTo(texts);
 
     fProcess = fork();
     if (fProcess != 0)
         return;
     dup2(open(fOut.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), STDOUT_FILENO);
     dup2(open(fError.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), STDERR_FILENO);
-    execv(program.c_str(), pointers.data());
+    execv(LAUNCHCTL, pointers.data());
     _exit(127);
 }
 
@@ -122,14 +119,13 @@ Launchctl LaunchctlFixture::launchctl(const std::vector<std::string>& arguments)
 std::string LaunchctlFixture::writeJob(
     const std::string& label, const std::string& script, const std::string& keys) const
 {
-    const fs::path file = fVolume / "Users/somebody/Library/LaunchAgents" / (label + ".plist");
-    Write(file,
-        PropertyList("<key>Label</key><string>" + label
-            + "</string><key>ProgramArguments</key><array><string>/bin/sh</string><string>-c</"
-              "string><string><![CDATA["
-            + script + "]]></string></array><key>EnvironmentVariables</key><dict><key>NOTE</key><string>"
-            + noteFile(label).string() + "</string></dict>" + keys));
-    return "/Users/somebody/Library/LaunchAgents/" + label + ".plist";
+    std::string path = "/Users/somebody/Library/LaunchAgents/" + label + ".plist";
+    Write(fVolume / path.substr(1),
+        PropertyList("<key>Label</key><string>" + label + "</string><key>ProgramArguments</key><array>"
+            + "<string>/bin/sh</string><string>-c</string><string><![CDATA[" + script + "]]></string></array>"
+            + "<key>EnvironmentVariables</key><dict><key>NOTE</key><string>" + noteFile(label).string()
+            + "</string></dict>" + keys));
+    return path;
 }
 
 std::vector<std::string> LaunchctlFixture::notes(const std::string& label) const
@@ -139,6 +135,13 @@ std::vector<std::string> LaunchctlFixture::notes(const std::string& label) const
     for (std::string line; std::getline(text, line);)
         lines.push_back(line);
     return lines;
+}
+
+pid_t LaunchctlFixture::load(const std::string& path) const
+{
+    Launchctl run = launchctl({ "load", path });
+    EXPECT_EQ(run.status(), 0) << run.error();
+    return notedProcess(fs::path(path).stem(), 1);
 }
 
 pid_t LaunchctlFixture::notedProcess(const std::string& label, size_t count) const

@@ -57,6 +57,8 @@ protected:
     std::filesystem::path noteFile(const std::string& label) const { return fTemporary / (label + ".note"); }
     /// What the scripts of the label wrote, line by line.
     std::vector<std::string> notes(const std::string& label) const;
+    /// Loads a job that notes its process, which must succeed. @return the process, 0 when it is not noted.
+    pid_t load(const std::string& path) const;
     /// Waits for that many lines. @return the last as a number, 0 when it does not come.
     pid_t notedProcess(const std::string& label, size_t count) const;
 

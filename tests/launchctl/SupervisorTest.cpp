@@ -18,8 +18,7 @@ TEST_F(SupervisorTest, AJobThatIsKeptAliveComesBack)
 {
     const std::string path = writeJob(
         "a.job", runForLong, "<key>KeepAlive</key><true/><key>ThrottleInterval</key><integer>1</integer>");
-    ASSERT_EQ(launchctl({ "load", path }).status(), 0);
-    const pid_t first = notedProcess("a.job", 1);
+    const pid_t first = load(path);
     ASSERT_GT(first, 0);
     kill(first, SIGKILL);
     const pid_t second = notedProcess("a.job", 2);
@@ -40,27 +39,18 @@ TEST_F(SupervisorTest, AJobThatEndsAtOnceWaitsForItsThrottleInterval)
     EXPECT_EQ(launchctl({ "unload", slow, quick }).status(), 0);
 }
 
-TEST_F(SupervisorTest, AStubbornJobIsKilledWithAllItsProcesses)
+TEST_F(SupervisorTest, NothingOfAJobOutlivesIt)
 {
-    const std::string path = writeJob("a.job",
-        "trap '' TERM; sleep 600 & echo $! >> $NOTE; echo $$ >> $NOTE; while :; do wait; done",
+    const std::string stubborn = writeJob("a.stubborn",
+        "sleep 600 & echo $! >> $NOTE; trap '' TERM; echo $$ >> $NOTE; while :; do wait; done",
         "<key>KeepAlive</key><true/><key>ExitTimeOut</key><integer>1</integer>");
-    ASSERT_EQ(launchctl({ "load", path }).status(), 0);
-    const pid_t leader = notedProcess("a.job", 2);
-    const pid_t helper = notedProcess("a.job", 1);
-    ASSERT_TRUE(leader > 0 && helper > 0);
-    EXPECT_EQ(launchctl({ "unload", path }).status(), 0);
+    const pid_t helper = load(stubborn);
+    const pid_t leader = notedProcess("a.stubborn", 2);
+    const pid_t left = load(writeJob("b.careless", "sleep 600 & echo $! >> $NOTE; exit 0"));
+    ASSERT_TRUE(leader > 0 && helper > 0 && left > 0);
+    EXPECT_EQ(launchctl({ "unload", stubborn }).status(), 0);
     EXPECT_FALSE(IsAlive(leader));
-    EXPECT_TRUE(Eventually([&] { return !IsAlive(helper); }));
-}
-
-TEST_F(SupervisorTest, WhatAJobLeavesBehindEndsWithIt)
-{
-    const std::string path = writeJob("a.job", "sleep 600 & echo $! >> $NOTE; exit 0");
-    ASSERT_EQ(launchctl({ "load", path }).status(), 0);
-    const pid_t helper = notedProcess("a.job", 1);
-    ASSERT_GT(helper, 0);
-    EXPECT_TRUE(Eventually([&] { return !IsAlive(helper); }));
+    EXPECT_TRUE(Eventually([&] { return !IsAlive(helper) && !IsAlive(left); }));
 }
 
 TEST_F(SupervisorTest, LoadWaitsForAJobThatIsBeingStoppedAndStartsItAgain)
@@ -68,8 +58,7 @@ TEST_F(SupervisorTest, LoadWaitsForAJobThatIsBeingStoppedAndStartsItAgain)
     const std::string path = writeJob("a.job",
         "trap 'echo stopping >> $NOTE; while [ ! -e $NOTE.go ]; do sleep 0.05; done; exit' TERM; echo $$ >> "
         "$NOTE; while :; do sleep 0.05; done");
-    ASSERT_EQ(launchctl({ "load", path }).status(), 0);
-    const pid_t first = notedProcess("a.job", 1);
+    const pid_t first = load(path);
     Launchctl unload = start({ "unload", path });
     ASSERT_TRUE(Eventually([&] { return notes("a.job").size() == 2; }));
     // An updater replaces the file in the meantime.
@@ -87,22 +76,17 @@ TEST_F(SupervisorTest, LoadWaitsForAJobThatIsBeingStoppedAndStartsItAgain)
     EXPECT_TRUE(IsAlive(second));
 }
 
-TEST_F(SupervisorTest, UnloadFindsAJobWhoseFileWasTakenAway)
+TEST_F(SupervisorTest, UnloadFindsAJobByThePathOfALostFileOrTheLabelOfAMovedOne)
 {
-    const std::string path = writeJob("a.job", runForLong);
-    ASSERT_EQ(launchctl({ "load", path }).status(), 0);
-    const pid_t job = notedProcess("a.job", 1);
-    fs::rename(fVolume / path.substr(1), fTemporary / "trash.plist");
-    EXPECT_EQ(launchctl({ "unload", path }).status(), 0);
+    const std::string lost = writeJob("a.lost", runForLong);
+    const std::string moved = writeJob("b.moved", runForLong);
+    ASSERT_EQ(launchctl({ "load", lost, moved }).status(), 0);
+    const pid_t job = notedProcess("a.lost", 1);
+    fs::rename(fVolume / lost.substr(1), fTemporary / "trash.plist");
+    EXPECT_EQ(launchctl({ "unload", lost }).status(), 0);
     EXPECT_FALSE(IsAlive(job));
-}
-
-TEST_F(SupervisorTest, UnloadFindsAJobByTheLabelOfAnotherFile)
-{
-    const std::string path = writeJob("a.job", runForLong);
-    ASSERT_EQ(launchctl({ "load", path }).status(), 0);
-    fs::rename(fVolume / path.substr(1), fVolume / "moved.plist");
-    EXPECT_EQ(launchctl({ "unload", "/moved.plist" }).status(), 0);
+    fs::rename(fVolume / moved.substr(1), fVolume / "elsewhere.plist");
+    EXPECT_EQ(launchctl({ "unload", "/elsewhere.plist" }).status(), 0);
     EXPECT_EQ(list(), "PID\tStatus\tLabel\n");
 }
 
@@ -137,8 +121,7 @@ TEST_F(SupervisorTest, ASupervisorThatIsAskedToEndEndsItsJobsProperly)
     const std::string path = writeJob("a.job",
         "trap 'echo properly >> $NOTE; exit' TERM; echo $$ >> $NOTE; while :; do sleep 0.05; done",
         "<key>KeepAlive</key><true/>");
-    ASSERT_EQ(launchctl({ "load", path }).status(), 0);
-    const pid_t job = notedProcess("a.job", 1);
+    const pid_t job = load(path);
     const pid_t server = supervisor();
     ASSERT_GT(server, 0);
     kill(server, SIGTERM);
@@ -151,8 +134,7 @@ TEST_F(SupervisorTest, ASupervisorThatIsAskedToEndEndsItsJobsProperly)
 TEST_F(SupervisorTest, AfterASupervisorWasKilledTheNextLoadStartsAfresh)
 {
     const std::string path = writeJob("a.job", runForLong);
-    ASSERT_EQ(launchctl({ "load", path }).status(), 0);
-    const pid_t job = notedProcess("a.job", 1);
+    const pid_t job = load(path);
     const pid_t server = supervisor();
     ASSERT_GT(server, 0);
     kill(server, SIGKILL);
