@@ -56,16 +56,23 @@ void MakeTree(const std::string& tree)
         utimensat(AT_FDCWD, (tree + name).c_str(), old, AT_SYMLINK_NOFOLLOW);
 }
 
+long CountEntries(const std::string& tree)
+{
+    return std::distance(fs::recursive_directory_iterator(tree), fs::recursive_directory_iterator());
+}
+
 void ExpectSameTree(const std::string& tree, const std::string& copy)
 {
     for (const auto& entry : fs::recursive_directory_iterator(tree)) {
         const std::string twin = copy + entry.path().string().substr(tree.size());
         EXPECT_EQ(Metadata(entry.path()), Metadata(twin)) << twin;
-        if (entry.is_symlink())
+        if (entry.is_symlink()) {
             EXPECT_EQ(fs::read_symlink(entry.path()), fs::read_symlink(twin));
-        else if (entry.is_regular_file())
+        } else if (entry.is_regular_file()) {
             EXPECT_TRUE(ReadText(entry.path()) == ReadText(twin)) << twin;
+        }
     }
+    EXPECT_EQ(CountEntries(tree), CountEntries(copy)) << "nothing else is in the copy";
     struct stat sparse = {};
     EXPECT_EQ(stat((copy + "/sparse").c_str(), &sparse), 0);
     EXPECT_LT(sparse.st_blocks * 512, 100000) << "the hole was filled";
