@@ -38,10 +38,9 @@ protected:
     }
 
     /// @return the text for the key, "(none)" where there is none.
-    static std::string localized(CFBundleRef bundle, const char* key, const char* table = nullptr)
+    static std::string localized(CFBundleRef bundle, const char* key)
     {
-        return Taken(CFBundleCopyLocalizedString(
-            bundle, Text(key).get(), CFSTR("(none)"), table ? Text(table).get() : nullptr));
+        return Taken(CFBundleCopyLocalizedString(bundle, Text(key).get(), CFSTR("(none)"), nullptr));
     }
 
     /// Opens the bundle anew and shows the text for "greeting" in a language of the host.
@@ -99,11 +98,11 @@ TEST_F(BundleTest, TheMainBundleFollowsTheProcessPath)
 
 TEST_F(BundleTest, FindsResourcesWithAndWithoutLanguages)
 {
-    for (const char* name : { "App.app/Contents/Resources/plain.txt",
-             "App.app/Contents/Resources/Help/plain.txt", "App.app/Contents/Resources/Agent.app/Info.plist",
-             "App.app/Contents/Resources/de.lproj/local.txt", "App.app/Contents/Resources/en.lproj/local.txt",
-             "App.app/Contents/Resources/en.lproj/Help/page.html", "Flat.kext/Info.plist",
-             "Flat.kext/beside.txt", "Bare.kext/Resources/inside.txt" })
+    for (const char* name :
+        { "App.app/Contents/Resources/plain.txt", "App.app/Contents/Resources/Help/plain.txt",
+            "App.app/Contents/Resources/de.lproj/local.txt", "App.app/Contents/Resources/en.lproj/local.txt",
+            "App.app/Contents/Resources/en.lproj/Help/page.html", "Flat.kext/Info.plist",
+            "Flat.kext/beside.txt", "Bare.kext/Resources/inside.txt" })
         folder.write(name, "");
     const std::string resources = folder.path("App.app/Contents/Resources");
     const auto find
@@ -251,7 +250,9 @@ TEST_F(BundleTest, WithoutAFittingLanguageTheDevelopmentRegionSpeaksUnlessOthers
     folder.write("App.app/Contents/Resources/.lproj/file", "");
     EXPECT_EQ(greeting("fr_FR"), "es") << "French has another table only";
     EXPECT_EQ(List(Hold(CFBundleCopyBundleLocalizations(open("App.app").get())).get()), "de,es,fr,nl,");
-    home.write("Library/Preferences/.GlobalPreferences.plist",
+    const TemporaryFolder other; // the preferences of the first home are known already
+    const Environment otherHome("CFFIXED_USER_HOME", other.path().c_str());
+    other.write("Library/Preferences/.GlobalPreferences.plist",
         InfoText("<key>AppleLanguages</key><array><string>ja-JP</string><integer>1</integer>"
                  "<string>de-CH</string><string>es</string></array>"));
     EXPECT_EQ(greeting("es_ES.UTF-8"), "de");

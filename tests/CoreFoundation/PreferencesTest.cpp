@@ -178,7 +178,7 @@ TEST_F(PreferencesTest, ChangesAreSeenAtOnceAndWrittenWhenSynchronized)
     EXPECT_TRUE(synchronize());
     set("a", Integer(1).get());
     EXPECT_EQ(number("a"), 1);
-    EXPECT_FALSE(home.has("Library"));
+    EXPECT_FALSE(home.has(file()));
     EXPECT_TRUE(synchronize());
     EXPECT_EQ(storedCount(), 1);
     writeFile("a", 1);
