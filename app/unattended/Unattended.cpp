@@ -42,7 +42,8 @@ public:
 private:
     Outcome install()
     {
-        const int64_t processBefore = ReadInstallation().jobProcess;
+        if (fController.operation() == AppController::kUpdate)
+            fReplacedProcess = ReadInstallation().jobProcess;
         fController.applicationDidFinishLaunching();
         fFrontEnd.answerWindows(fController);
         fStatus = fController.error();
@@ -50,8 +51,6 @@ private:
             return Outcome::licenseNotAccepted;
         if (fStatus != noErr)
             return failure();
-        if (fController.operation() == AppController::kUpdate)
-            fReplacedProcess = processBefore;
         const bool repaired = repairAgent();
         if (fStatus != noErr)
             return failure();
@@ -76,11 +75,10 @@ private:
     bool repairAgent()
     {
         AgentInstaller& agent = *AgentInstaller::agentInstallerPtr();
+        if (agent.canInstall() || agent.canUpdate() || agent.installedVersionNewer())
+            return false;
         const Installation found = ReadInstallation();
-        const uint32_t offered = fController.versionAsNumVersionVariant();
-        const bool currentFromStart
-            = !agent.canInstall() && !agent.canUpdate() && !agent.installedVersionNewer();
-        if (!currentFromStart || found.agentComplete(offered))
+        if (found.agentComplete(fController.versionAsNumVersionVariant()))
             return false;
         fFrontEnd.progress("The agent is installed but not in order; repairing it.");
         if (found.launchAgent == Installation::LaunchAgent::whole) {

@@ -1,6 +1,8 @@
 #include "tools/driverinstall/BundleTree.h"
 
 #include "tools/driverinstall/FileDescriptor.h"
+
+#include <Host/WriteAll.h>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -17,19 +19,6 @@ constexpr uint64_t mostBytes = uint64_t { 1 } << 30;
 constexpr unsigned deepestFolder = 64;
 constexpr unsigned deepestRemoval = 128;
 constexpr int onlyCheck = -1;
-
-/// Writes all of `size` bytes. @return 0 or errno.
-int WriteAll(int file, const char* bytes, size_t size)
-{
-    while (size > 0) {
-        const ssize_t written = write(file, bytes, size);
-        if (written < 0)
-            return errno;
-        bytes += written;
-        size -= static_cast<size_t>(written);
-    }
-    return 0;
-}
 
 /// Gives a finished copy its owner and mode and flushes it. The owner comes first, since changing it may
 /// clear bits of the mode.
