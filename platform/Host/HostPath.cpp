@@ -55,6 +55,7 @@ std::string HostHomeFolder()
 #if __APPLE__
 
 std::string HostStartupVolume() { return {}; }
+std::string HostToolsFolder() { return {}; }
 std::string HostPath(const std::string& macPath) { return macPath; }
 void HostEnterHome() { }
 std::string HostRestartRequestPath() { return {}; }
@@ -90,10 +91,7 @@ std::string StandInTool(const std::string& macPath)
     const std::string_view folder = std::string_view(macPath).substr(0, slash);
     if (std::find(toolFolders.begin(), toolFolders.end(), folder) == toolFolders.end())
         return {};
-    std::string standIns = FolderFromEnvironment("HOST_TOOLS_FOLDER");
-    if (standIns.empty())
-        standIns = HOST_DEFAULT_TOOLS_FOLDER;
-    std::string tool = standIns + macPath.substr(slash);
+    std::string tool = HostToolsFolder() + macPath.substr(slash);
     struct stat info = {};
     return stat(tool.c_str(), &info) == 0 && S_ISREG(info.st_mode) ? tool : std::string();
 }
@@ -110,6 +108,12 @@ std::string HostStartupVolume()
 {
     const std::string volume = FolderFromEnvironment("ZEK_STARTUP_VOLUME");
     return volume.empty() ? HOST_DEFAULT_STARTUP_VOLUME : volume;
+}
+
+std::string HostToolsFolder()
+{
+    const std::string folder = FolderFromEnvironment("HOST_TOOLS_FOLDER");
+    return folder.empty() ? HOST_DEFAULT_TOOLS_FOLDER : folder;
 }
 
 std::string HostPath(const std::string& macPath)

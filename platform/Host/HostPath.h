@@ -9,18 +9,21 @@
 /// need no mapping.
 std::string HostStartupVolume();
 
+/// The folder of the programs that stand in for a Mac's: HOST_TOOLS_FOLDER, read and ignored like the volume,
+/// else the one fixed when this was built.
+/// @return an absolute path without a trailing slash; on a Mac "".
+std::string HostToolsFolder();
+
 /// The host's name for a path as a Mac program writes it. Apply it at the last moment, when the path is
 /// opened or executed; texts keep the Mac path. The first of these that fits is the answer:
 ///   1. a path inside the start-up volume's folder: itself;
 ///   2. a path that exists in the volume: the volume's folder followed by the path;
-///   3. a program of /bin, /sbin, /usr/bin or /usr/sbin that the stand-in tools folder has: that tool;
+///   3. a program of /bin, /sbin, /usr/bin or /usr/sbin that HostToolsFolder() has: that tool;
 ///   4. a path that exists neither there nor on the host, but whose first component is a folder of the
 ///      volume: the volume's folder followed by the path, which is where it is about to be created;
 ///   5. itself.
-/// The stand-in tools folder is HOST_TOOLS_FOLDER, read and ignored like the volume, else the one fixed when
-/// this was built. A path that may not be looked at counts as existing, so that opening it tells the true
-/// reason. Relative and empty paths are answered unchanged. Symbolic links are not resolved. On a Mac: the
-/// argument.
+/// A path that may not be looked at counts as existing, so that opening it tells the true reason. Relative
+/// and empty paths are answered unchanged. Symbolic links are not resolved. On a Mac: the argument.
 std::string HostPath(const std::string& macPath);
 
 /// The user's home folder: CFFIXED_USER_HOME where set, absolute and not ignored (as above), else the user

@@ -1,0 +1,23 @@
+#include "Host/HostDisplay.h"
+
+#if __APPLE__
+
+bool HostHasDisplay() { return true; }
+
+#else
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
+bool HostHasDisplay()
+{
+    // The last is the toolkit's own: whoever names a platform knows what is there.
+    static constexpr const char* variables[] = { "WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM" };
+    return std::any_of(std::begin(variables), std::end(variables), [](const char* variable) {
+        const char* const value = std::getenv(variable);
+        return value != nullptr && *value != '\0';
+    });
+}
+
+#endif
