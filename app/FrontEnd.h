@@ -27,6 +27,9 @@ public:
     /// Opens a page of a help book, or the application's start page of help when there is no anchor.
     virtual void showHelp(const std::string& book, const std::optional<std::string>& anchor) = 0;
 
+    /// Whether what the user sees is dark; no where there is nothing to see.
+    virtual bool appearanceIsDark() const = 0;
+
     /// Told of every state of the installer before what it does is done.
     virtual void stateEntered(uint32_t state) = 0;
 

@@ -2,26 +2,15 @@
 
 #include "app/FrontEnd.h"
 #include "settings/NumVersion.h"
+#include "settings/SystemVersion.h"
 #include "util/Bundle.h"
 #include "util/CFText.h"
 
 #include <sys/stat.h>
-#include <sys/sysctl.h>
 
 namespace {
 
 std::unique_ptr<ZEK_AppController> gAppControllerPtr;
-
-/// The version of the running system; 0 on systems too old to tell.
-uint32_t SystemVersion()
-{
-    char text[32] = {};
-    size_t size = sizeof text - 1;
-    uint32_t version = 0;
-    if (sysctlbyname("kern.osproductversion", text, &size, nullptr, 0) == 0)
-        ConvertStringToNumVersion(text, &version);
-    return version;
-}
 
 }
 
@@ -54,15 +43,7 @@ std::string ZEK_AppController::productNamePtr() const { return ""; }
 
 bool ZEK_AppController::isDarkMode() const
 {
-    constexpr uint32_t kFirstWithDarkAppearance = 0x10E08000; // 10.14
-    if (SystemVersion() < kFirstWithDarkAppearance)
-        return false;
-    // The user's choice of appearance as the system itself keeps it; there is no entry while it is the light
-    // one.
-    CFPreferencesAppSynchronize(kCFPreferencesAnyApplication);
-    const CFRef<CFTypeRef> style(
-        CFPreferencesCopyAppValue(CFSTR("AppleInterfaceStyle"), kCFPreferencesAnyApplication));
-    return style && CFEqual(style.get(), CFSTR("Dark"));
+    return SystemVersion() >= kFirstSystemWithDarkAppearance && fFrontEnd.appearanceIsDark();
 }
 
 void ZEK_AppController::openHelpPageWithHelpHint(int32_t hint) const

@@ -48,10 +48,8 @@ using Argument = std::vector<std::string>::const_iterator;
 /// Reads the command at the front of the arguments and steps over it.
 std::optional<Command> ParseCommand(Argument& next, Argument end, std::string& error)
 {
-    if (next == end) {
-        error = "nothing to do was named";
-        return std::nullopt;
-    }
+    if (next == end)
+        return Command::windows;
     if (const auto* const plain = Find(kPlainCommands, *next); plain != std::end(kPlainCommands)) {
         ++next;
         return plain->command;
@@ -132,10 +130,13 @@ std::optional<Options> ParseOptions(const std::vector<std::string>& arguments, s
 
 std::string UsageText()
 {
-    return R"(usage: zek-velmora-installer --unattended install|update|uninstall [--accept-license] [--driver]
+    return R"(usage: zek-velmora-installer
+       zek-velmora-installer --unattended install|update|uninstall [--accept-license] [--driver]
                              [--no-usage-data] [--wait SECONDS] [--json]
        zek-velmora-installer --status [--json]
        zek-velmora-installer --help | --version
+
+Without arguments it opens its windows.
 
 install          bring the agent, and with it the driver, to the version that this installer carries
 update           the same, but only where an agent is installed

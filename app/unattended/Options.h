@@ -7,9 +7,9 @@
 
 /// What the command line asks for.
 struct Options {
-    enum class Command { install, update, uninstall, status, help, version };
+    enum class Command { windows, install, update, uninstall, status, help, version };
 
-    Command command = Command::help;
+    Command command = Command::windows; ///< without arguments a person is to be asked
     bool acceptLicense = false; ///< stands for the Agree button
     bool driver = false; ///< accepts the offer to install or update the driver alone
     bool noUsageData = false; ///< stands for unticking the usage-data box

@@ -27,13 +27,10 @@ private:
 
 class ControllerBaseTest : public ::testing::Test {
 protected:
-    void setSystem(const std::string& version, const std::string& style) const
+    void setSystem(const std::string& version) const
     {
         TestVolume::write(volume.root() / "System/Library/CoreServices/SystemVersion.plist",
             "<plist version=\"1.0\"><dict><key>ProductVersion</key><string>" + version
-                + "</string></dict></plist>");
-        TestVolume::write(volume.home() / "Library/Preferences/.GlobalPreferences.plist",
-            "<plist version=\"1.0\"><dict><key>AppleInterfaceStyle</key><string>" + style
                 + "</string></dict></plist>");
     }
 
@@ -80,13 +77,14 @@ TEST_F(ControllerBaseTest, HelpOpensTheAnchorOrTheStartPage)
 TEST_F(ControllerBaseTest, DarkModeNeedsASystemThatHasIt)
 {
     const ZEK_AppController& controller = *AppController::init(frontEnd);
-    setSystem("10.14", "Dark");
+    frontEnd.isDark = true;
+    setSystem("10.14");
     EXPECT_TRUE(controller.isDarkMode());
-    setSystem("10.13.6", "Dark");
+    setSystem("10.13.6");
     EXPECT_FALSE(controller.isDarkMode());
-    setSystem("12.0.1", "Dark");
+    setSystem("12.0.1");
     EXPECT_TRUE(controller.isDarkMode());
-    setSystem("12.0.1", "Light");
+    frontEnd.isDark = false;
     EXPECT_FALSE(controller.isDarkMode());
 }
 

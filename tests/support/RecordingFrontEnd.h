@@ -13,6 +13,7 @@ public:
     std::map<int32_t, int32_t> alertAnswers; ///< by alert number; 1 for all others
     std::map<int32_t, std::string> menuTitles;
     std::vector<uint32_t> states;
+    bool isDark = false;
 
     void showLicenseWindow() override { events.emplace_back("license"); }
     void showInstallWindow() override { events.emplace_back("install window"); }
@@ -28,6 +29,7 @@ public:
     {
         events.push_back("help " + book + " " + anchor.value_or("(start)"));
     }
+    bool appearanceIsDark() const override { return isDark; }
     void stateEntered(uint32_t state) override { states.push_back(state); }
     void restart() override { events.emplace_back("restart"); }
     void terminate() override { events.emplace_back("terminate"); }
