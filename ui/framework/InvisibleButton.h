@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QAbstractButton>
+
+/// A button that is never seen, clicked or focused: it lends a window a key equivalent that no visible control has.
+class InvisibleButton : public QAbstractButton {
+    Q_OBJECT
+
+public:
+    explicit InvisibleButton(QWidget* parent = nullptr)
+        : QAbstractButton(parent)
+    {
+        setFocusPolicy(Qt::NoFocus);
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
+    QSize sizeHint() const override { return { 0, 0 }; }
+
+protected:
+    void paintEvent(QPaintEvent*) override { }
+};
