@@ -1,8 +1,10 @@
+#include "app/WindowFrontEnd.h"
 #include "app/unattended/Unattended.h"
 #include "util/Bundle.h"
 #include "util/CFText.h"
 #include "util/Launch.h"
 
+#include <Host/HostDisplay.h>
 #include <Host/HostPath.h>
 #include <cstdio>
 
@@ -28,6 +30,12 @@ int main(int argc, char* argv[])
         return static_cast<int>(Outcome::usage);
     }
     switch (options->command) {
+    case Options::Command::windows:
+        if (HostHasDisplay())
+            return RunWithWindows(argc, argv);
+        std::fprintf(
+            stderr, "zek-velmora-installer: there is no display for windows\n%s", UsageText().c_str());
+        return static_cast<int>(Outcome::usage);
     case Options::Command::help:
         std::fputs(UsageText().c_str(), stdout);
         return 0;
