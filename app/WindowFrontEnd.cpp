@@ -16,6 +16,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QIcon>
+#include <QTimer>
 
 namespace {
 
@@ -33,13 +34,13 @@ int Run()
     AppController* const controller = AppController::init(frontEnd);
     controller->awakeFromNib();
     // Only in the main loop can alerts run and the application end.
-    QMetaObject::invokeMethod(
-        qApp,
-        [controller, &frontEnd] {
-            controller->applicationDidFinishLaunching();
-            frontEnd.ensureReachable();
-        },
-        Qt::QueuedConnection);
+    QTimer launch;
+    launch.setSingleShot(true);
+    QObject::connect(&launch, &QTimer::timeout, [controller, &frontEnd] {
+        controller->applicationDidFinishLaunching();
+        frontEnd.ensureReachable();
+    });
+    launch.start();
     return QApplication::exec();
 }
 

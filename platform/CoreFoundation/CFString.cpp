@@ -1,3 +1,4 @@
+#include <CoreFoundation/EncodingList.h>
 #include <CoreFoundation/Encodings.h>
 #include <CoreFoundation/StringObject.h>
 
@@ -93,6 +94,12 @@ CFTypeID CFStringGetTypeID() { return cf::kStringType; }
 CFStringEncoding CFStringGetSystemEncoding() { return kCFStringEncodingMacRoman; }
 
 Boolean CFStringIsEncodingAvailable(CFStringEncoding encoding) { return cf::IsKnownEncoding(encoding); }
+
+CFStringEncoding CFStringConvertWindowsCodepageToEncoding(UInt32 codepage)
+{
+    const cf::Encoding* encoding = cf::FindEncodingOfCodepage(codepage);
+    return encoding ? encoding->id : kCFStringEncodingInvalidId;
+}
 
 CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* cStr, CFStringEncoding encoding)
 {

@@ -47,6 +47,8 @@ CF_EXPORT CFStringRef __CFStringMakeConstantString(const char* cStr);
 CF_EXPORT CFTypeID CFStringGetTypeID();
 CF_EXPORT CFStringEncoding CFStringGetSystemEncoding(); ///< that of C strings in formats: Mac OS Roman
 CF_EXPORT Boolean CFStringIsEncodingAvailable(CFStringEncoding encoding);
+/// @return kCFStringEncodingInvalidId for a code page that is not there.
+CF_EXPORT CFStringEncoding CFStringConvertWindowsCodepageToEncoding(UInt32 codepage);
 
 // Making strings. Each answers null where the input is null or negative in length, is not valid in the
 // encoding, or the encoding is not known; nothing is ever replaced to make it fit.

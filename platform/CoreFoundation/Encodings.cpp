@@ -1,98 +1,16 @@
+#include <CoreFoundation/EncodingList.h>
 #include <CoreFoundation/Encodings.h>
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <climits>
-#include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 
 namespace cf {
 
 namespace {
 
-enum class Form { Table, Utf8, Utf16, Utf32 };
-
-struct Encoding {
-    CFStringEncoding id;
-    Form form;
-    size_t table; ///< which of the byte tables
-    bool bigEndian;
-    bool openOrder; ///< a byte order mark may say otherwise
-};
-
-constexpr bool kHostIsBigEndian = std::endian::native == std::endian::big;
-
-constexpr std::array kEncodings = {
-    Encoding { kCFStringEncodingMacRoman, Form::Table, 0, false, false },
-    Encoding { kCFStringEncodingWindowsLatin1, Form::Table, 1, false, false },
-    Encoding { kCFStringEncodingISOLatin1, Form::Table, 2, false, false },
-    Encoding { kCFStringEncodingASCII, Form::Table, 3, false, false },
-    Encoding { kCFStringEncodingUTF8, Form::Utf8, 0, false, false },
-    Encoding { kCFStringEncodingUTF16, Form::Utf16, 0, kHostIsBigEndian, true },
-    Encoding { kCFStringEncodingUTF16BE, Form::Utf16, 0, true, false },
-    Encoding { kCFStringEncodingUTF16LE, Form::Utf16, 0, false, false },
-    Encoding { kCFStringEncodingUTF32, Form::Utf32, 0, kHostIsBigEndian, true },
-    Encoding { kCFStringEncodingUTF32BE, Form::Utf32, 0, true, false },
-    Encoding { kCFStringEncodingUTF32LE, Form::Utf32, 0, false, false },
-};
-
 constexpr char16_t kByteOrderMark = 0xfeff;
-constexpr char16_t kNoCharacter = 0xffff; ///< U+FFFF is no character, so no table has it
-
-const Encoding* Find(CFStringEncoding id)
-{
-    const auto* found = std::ranges::find(kEncodings, id, &Encoding::id);
-    return found == kEncodings.end() ? nullptr : found;
-}
-
-/// What an 8-bit encoding's bytes stand for, and back.
-class ByteTable {
-public:
-    explicit ByteTable(const char* name)
-    {
-        fCharacters.fill(kNoCharacter);
-        UErrorCode status = U_ZERO_ERROR;
-        UConverter* converter = ucnv_open(name, &status);
-        ucnv_setToUCallBack(converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
-        for (size_t byte = 0; U_SUCCESS(status) && byte < fCharacters.size(); byte++)
-            fCharacters[byte] = character(converter, static_cast<char>(byte));
-        ucnv_close(converter);
-        for (size_t byte = 0; byte < fCharacters.size(); byte++)
-            fBytes[byte] = { fCharacters[byte], static_cast<UInt8>(byte) };
-        std::ranges::sort(fBytes);
-    }
-
-    char16_t characterOf(UInt8 byte) const { return fCharacters[byte]; }
-    std::optional<UInt8> byteOf(char32_t wanted) const
-    {
-        const auto* const found = std::ranges::lower_bound(fBytes, wanted, {}, &Pair::first);
-        if (found == fBytes.end() || found->first != wanted || wanted == kNoCharacter)
-            return std::nullopt;
-        return found->second;
-    }
-
-private:
-    using Pair = std::pair<char16_t, UInt8>;
-
-    static char16_t character(UConverter* converter, char byte)
-    {
-        UErrorCode status = U_ZERO_ERROR;
-        char16_t unit = 0;
-        const int32_t count = ucnv_toUChars(converter, &unit, 1, &byte, 1, &status);
-        return U_SUCCESS(status) && count == 1 ? unit : kNoCharacter;
-    }
-
-    std::array<char16_t, 256> fCharacters {};
-    std::array<Pair, 256> fBytes {};
-};
-
-const ByteTable& TableOf(const Encoding& encoding)
-{
-    static const std::array tables = { ByteTable("macintosh"), ByteTable("windows-1252"),
-        ByteTable("ISO-8859-1"), ByteTable("US-ASCII") };
-    return tables.at(encoding.table);
-}
 
 std::string_view AsChars(std::span<const UInt8> bytes)
 {
@@ -112,16 +30,6 @@ template <size_t Size> void WriteUnit(char32_t unit, bool bigEndian, UInt8* byte
 {
     for (size_t i = 0; i < Size; i++)
         bytes[bigEndian ? Size - 1 - i : i] = static_cast<UInt8>(unit >> (8 * i));
-}
-
-std::optional<Text> DecodeTable(const Encoding& encoding, std::span<const UInt8> bytes)
-{
-    const ByteTable& table = TableOf(encoding);
-    std::u16string units(bytes.size(), u'\0');
-    std::ranges::transform(bytes, units.begin(), [&](UInt8 byte) { return table.characterOf(byte); });
-    if (std::ranges::find(units, kNoCharacter) != units.end())
-        return std::nullopt;
-    return Text(std::move(units));
 }
 
 std::optional<Text> DecodeUtf8(std::span<const UInt8> bytes)
@@ -194,25 +102,44 @@ size_t EncodeUtf16(const Encoding& encoding, char32_t character, CharacterBytes&
     return 2 * units.size();
 }
 
-/// @return the number of bytes written; 0 when the encoding lacks the character.
-size_t EncodeCharacter(const Encoding& encoding, char32_t character, CharacterBytes& out)
-{
-    switch (encoding.form) {
-    case Form::Table: {
-        const std::optional<UInt8> byte = TableOf(encoding).byteOf(character);
-        out[0] = byte.value_or(0);
-        return byte ? 1 : 0;
+/// Writes characters in one encoding.
+class Encoder {
+public:
+    explicit Encoder(const Encoding& encoding)
+        : fEncoding(encoding)
+        , fTable(encoding.table ? &encoding.table() : nullptr)
+    {
+        if (encoding.form == Form::Pairs)
+            fPairs.emplace(encoding.converter);
     }
-    case Form::Utf8:
-        return EncodeUtf8(character, out);
-    case Form::Utf16:
-        return EncodeUtf16(encoding, character, out);
-    case Form::Utf32:
-        WriteUnit<4>(character, encoding.bigEndian, out.data());
-        return IsSurrogate(character) ? 0 : 4;
+
+    /// @return the number of bytes written; 0 when the encoding lacks the character.
+    size_t encode(char32_t character, CharacterBytes& out) const
+    {
+        switch (fEncoding.form) {
+        case Form::Table: {
+            const std::optional<UInt8> byte = fTable->byteOf(character);
+            out[0] = byte.value_or(0);
+            return byte ? 1 : 0;
+        }
+        case Form::Pairs:
+            return fPairs->encode(character, out);
+        case Form::Utf8:
+            return EncodeUtf8(character, out);
+        case Form::Utf16:
+            return EncodeUtf16(fEncoding, character, out);
+        case Form::Utf32:
+            WriteUnit<4>(character, fEncoding.bigEndian, out.data());
+            return IsSurrogate(character) ? 0 : 4;
+        }
+        return 0;
     }
-    return 0;
-}
+
+private:
+    const Encoding& fEncoding;
+    const ByteTable* fTable;
+    std::optional<PairConverter> fPairs;
+};
 
 /// Where encoded bytes go: into a buffer of limited size, or nowhere, when only measured.
 class Sink {
@@ -243,33 +170,35 @@ private:
 
 }
 
-bool IsKnownEncoding(CFStringEncoding encoding) { return Find(encoding) != nullptr; }
+bool IsKnownEncoding(CFStringEncoding encoding) { return FindEncoding(encoding) != nullptr; }
 
 bool HasAsciiAsPart(CFStringEncoding encoding)
 {
-    const Encoding* known = Find(encoding);
-    return known && (known->form == Form::Table || known->form == Form::Utf8);
+    const Encoding* known = FindEncoding(encoding);
+    return known && (known->form == Form::Table || known->form == Form::Pairs || known->form == Form::Utf8);
 }
 
 size_t MaximumBytesPerUnit(CFStringEncoding encoding)
 {
-    const Encoding* known = Find(encoding);
+    const Encoding* known = FindEncoding(encoding);
     if (!known)
         return 0;
-    constexpr std::array<size_t, 4> bytesOfForm = { 1, 3, 2, 4 };
+    constexpr std::array<size_t, 5> bytesOfForm = { 1, 2, 3, 2, 4 };
     return bytesOfForm.at(static_cast<size_t>(known->form));
 }
 
 std::optional<Text> Decode(CFStringEncoding encoding, std::span<const UInt8> bytes, bool external)
 {
-    const Encoding* known = Find(encoding);
+    const Encoding* known = FindEncoding(encoding);
     if (!known)
         return std::nullopt;
     if (HasAsciiAsPart(encoding) && IsAscii(AsChars(bytes)))
         return Text(std::string(AsChars(bytes)));
     switch (known->form) {
     case Form::Table:
-        return DecodeTable(*known, bytes);
+        return known->table().decode(bytes);
+    case Form::Pairs:
+        return PairConverter(known->converter).decode(bytes);
     case Form::Utf8:
         return DecodeUtf8(external && AsChars(bytes).starts_with("\xef\xbb\xbf") ? bytes.subspan(3) : bytes);
     case Form::Utf16:
@@ -283,7 +212,7 @@ std::optional<Text> Decode(CFStringEncoding encoding, std::span<const UInt8> byt
 Encoded Encode(const Text& text, size_t start, size_t count, CFStringEncoding encoding, UInt8 lossByte,
     bool external, UInt8* buffer, size_t size)
 {
-    const Encoding* known = Find(encoding);
+    const Encoding* known = FindEncoding(encoding);
     if (!known)
         return {};
     Sink sink(buffer, size);
@@ -292,9 +221,10 @@ Encoded Encode(const Text& text, size_t start, size_t count, CFStringEncoding en
         sink.take(reinterpret_cast<const UInt8*>(text.ascii().data()) + start, fitting);
         return { fitting, fitting };
     }
+    const Encoder encoder(*known);
     CharacterBytes bytes {};
     if (external && known->openOrder) {
-        const size_t length = EncodeCharacter(*known, kByteOrderMark, bytes);
+        const size_t length = encoder.encode(kByteOrderMark, bytes);
         if (!sink.take(bytes.data(), length))
             return {};
     }
@@ -304,9 +234,9 @@ Encoded Encode(const Text& text, size_t start, size_t count, CFStringEncoding en
         char32_t character = text.characterAt(at);
         if (UnitCount(character) > end - at) // the range ends within a pair
             character = text[at];
-        size_t length = EncodeCharacter(*known, character, bytes);
+        size_t length = encoder.encode(character, bytes);
         if (length == 0 && lossByte != 0)
-            length = EncodeCharacter(*known, lossByte, bytes);
+            length = encoder.encode(lossByte, bytes);
         if (length == 0 || !sink.take(bytes.data(), length))
             break;
         at += UnitCount(character);

@@ -45,7 +45,7 @@ std::string DictionaryDescription(CFDictionaryRef dictionary)
         sorted.emplace(Element(keys[index]), Element(values[index]));
     std::string text = "{";
     for (const auto& [key, value] : sorted)
-        text += key + " = " + value + "; ";
+        text.append(key).append(" = ").append(value).append("; ");
     return text + "}";
 }
 

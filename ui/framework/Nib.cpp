@@ -114,16 +114,17 @@ Nib::Nib(const std::string& name)
         return;
     }
     NibLoader loader;
-    std::unique_ptr<QWidget> root(loader.load(&file));
-    auto* const window = dynamic_cast<ZEK_Window*>(root.get());
-    if (window == nullptr || window->contentView() == nullptr) {
+    QWidget* const root = loader.load(&file);
+    fWindow.reset(dynamic_cast<ZEK_Window*>(root));
+    if (fWindow == nullptr || fWindow->contentView() == nullptr) {
         const std::string reason = root == nullptr ? loader.errorString().toStdString()
                                                    : "it holds no ZEK_Window with a contentView";
         fError = "cannot load the nib " + file.fileName().toStdString() + ": " + reason;
+        if (fWindow == nullptr)
+            delete root;
+        fWindow.reset();
         return;
     }
-    root.release();
-    fWindow.reset(window);
     fWindow->setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint
         | Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     fWindow->setWindowFlag(Qt::WindowMaximizeButtonHint, fWindow->isResizable());

@@ -19,7 +19,7 @@ public:
 
     QAbstractButton* returnCancelButton() const override;
     void cancelOperation() override;
-    void windowWillCloseNotification(ZEK_Window& window) override;
+    void windowWillCloseNotification(ZEK_Window& closing) override;
     void awakeFromNib() override;
 
     void handleButtonClicked(const QAbstractButton* sender);

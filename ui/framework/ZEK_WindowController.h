@@ -36,7 +36,7 @@ public:
     /// Only shows the window: its place is its own affair.
     void showWindowWithoutRestoringWindowPositions();
     /// Keeps the frame of the closing window if that is wanted. Overriders call it too.
-    virtual void windowWillCloseNotification(ZEK_Window& window);
+    virtual void windowWillCloseNotification(ZEK_Window& closing);
     virtual void close();
 
 protected:

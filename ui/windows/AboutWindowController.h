@@ -16,7 +16,7 @@ public:
 
     void awakeFromNib() override;
     void close() override;
-    void windowWillCloseNotification(ZEK_Window& window) override;
+    void windowWillCloseNotification(ZEK_Window& closing) override;
 
     void handleCloseKeyEquivalent();
 

@@ -46,6 +46,8 @@ MainMenu::MainMenu()
     auto* const closeButton = new InvisibleButton(fMenuWindow.get());
     closeButton->setShortcut(QKeySequence::Close);
     connect(closeButton, &QAbstractButton::clicked, this, [this] { chosen(AppController::kQuitItem); });
+    fUpdate.setSingleShot(true);
+    connect(&fUpdate, &QTimer::timeout, this, &MainMenu::updateMenuWindow);
     qApp->installEventFilter(this);
 }
 
@@ -106,7 +108,7 @@ bool MainMenu::eventFilter(QObject* watched, QEvent* event)
     if (event->type() == QEvent::Polish && !window->isModal() && window != fMenuWindow.get())
         addBar(*window);
     if (event->type() == QEvent::Show || event->type() == QEvent::Hide)
-        QMetaObject::invokeMethod(this, &MainMenu::updateMenuWindow, Qt::QueuedConnection);
+        fUpdate.start(); // once all that opens and closes now has done so
     return false;
 }
 

@@ -2,6 +2,7 @@
 
 #include <QMenu>
 #include <QObject>
+#include <QTimer>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -37,4 +38,5 @@ private:
     QMenu fHelpMenu;
     std::map<int32_t, QAction*> fItems; ///< by tag; owned by their menus
     std::unique_ptr<ZEK_Window> fMenuWindow;
+    QTimer fUpdate;
 };
