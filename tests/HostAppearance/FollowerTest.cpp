@@ -81,11 +81,3 @@ TEST_F(FollowerTest, WithoutADesktopThePaletteDecides)
     EXPECT_EQ(fNotices, 1) << "dark already";
     QApplication::setPalette(before);
 }
-
-int main(int argc, char* argv[])
-{
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    const QApplication application(argc, argv);
-    testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

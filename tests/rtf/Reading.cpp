@@ -1,32 +1,9 @@
 #include "Reading.h"
 
-#include <QGuiApplication>
-#include <QTemporaryDir>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
 namespace {
-
-class Toolkit : public testing::Environment {
-public:
-    void SetUp() override
-    {
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        setenv("XDG_RUNTIME_DIR", qUtf8Printable(fRuntimeFolder.path()), 1);
-        fApplication = std::make_unique<QGuiApplication>(fCount, fArguments);
-    }
-    void TearDown() override { fApplication.reset(); }
-
-private:
-    const QTemporaryDir fRuntimeFolder;
-    int fCount = 1;
-    char fName[5] = "test";
-    char* fArguments[2] = { fName, nullptr };
-    std::unique_ptr<QGuiApplication> fApplication;
-};
-
-testing::Environment* const toolkit = testing::AddGlobalTestEnvironment(new Toolkit);
 
 std::string Traits(const QTextCharFormat& format)
 {

@@ -9,7 +9,9 @@
 
 namespace {
 
-// The stream's alphabet. Any other byte in a number's place is that number.
+constexpr uint8_t kLargestSmallNumber = 0x7f; ///< numbers up to this are one byte
+
+// What a byte above that means.
 enum Tag : uint8_t {
     kInt16 = 0x81, ///< a number in the next two bytes
     kInt32 = 0x82, ///< a number in the next four bytes
@@ -38,7 +40,7 @@ public:
 
     void number(uint32_t value)
     {
-        if (value < kInt16) {
+        if (value <= kLargestSmallNumber) {
             byte(static_cast<uint8_t>(value));
             return;
         }
@@ -109,7 +111,7 @@ public:
             return bytesOfNumber(2, value);
         if (first == kInt32)
             return bytesOfNumber(4, value);
-        return first < kInt16;
+        return first <= kLargestSmallNumber;
     }
 
     bool counted(std::string_view& text)

@@ -83,10 +83,10 @@ bool ClickableTextField::event(QEvent* event)
 
 void ClickableTextField::keyPressEvent(QKeyEvent* event)
 {
-    if (fURL_Ptr && IsOpeningKey(*event))
-        openURL();
-    else
+    if (!fURL_Ptr || !IsOpeningKey(*event))
         QLabel::keyPressEvent(event);
+    else if (!event->isAutoRepeat())
+        openURL();
 }
 
 /// The toolkit tells double clicks; a third one in time continues the row.

@@ -12,11 +12,14 @@ namespace {
 /// The height of a line of text, in pixels, that nibs are drawn for.
 constexpr double kNibLineHeight = 14;
 
+/// The nearest whole number of pixels that a widget can have.
+int Rounded(double pixels) { return qRound(std::clamp<double>(pixels, -QWIDGETSIZE_MAX, QWIDGETSIZE_MAX)); }
+
 QRect Pixels(const Rect& frame, double containerHeight)
 {
     const double scale = PixelsPerPoint();
-    const QSize size(qRound(frame.width * scale), qRound(frame.height * scale));
-    return { QPoint(qRound(frame.x * scale), qRound(containerHeight - frame.y * scale) - size.height()),
+    const QSize size(Rounded(frame.width * scale), Rounded(frame.height * scale));
+    return { QPoint(Rounded(frame.x * scale), Rounded(containerHeight - frame.y * scale) - size.height()),
         size };
 }
 

@@ -11,7 +11,8 @@ QPixmap ImageNamed(const std::string& name, QSizeF points, double pixelRatio)
     const QSize wanted = (points * pixelRatio).toSize();
     QImage best;
     // The smallest that is large enough, else the largest.
-    for (int index = 0; index < reader.imageCount() && reader.jumpToImage(index); ++index) {
+    const int count = reader.imageCount();
+    for (int index = 0; index < count && (index == 0 || reader.jumpToImage(index)); ++index) {
         const QImage image = reader.read();
         const bool isBetter = best.width() < wanted.width()
             ? image.width() > best.width()
