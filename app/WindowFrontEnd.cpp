@@ -4,6 +4,7 @@
 #include "install/RestartMac.h"
 #include "ui/framework/Accessibility.h"
 #include "ui/framework/Help.h"
+#include "ui/framework/Images.h"
 #include "ui/framework/Modal.h"
 #include "ui/framework/ZEK_Window.h"
 #include "ui/windows/AboutWindowController.h"
@@ -14,17 +15,33 @@
 #include "util/CFText.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QIcon>
 #include <QTimer>
+#include <chrono>
+#include <vector>
 
 namespace {
 
+constexpr std::chrono::milliseconds kIconDelay(100);
+
+/// Reading it takes as long as making a window, so it comes once the first one is there.
 void SetIcon()
 {
-    const std::string file
-        = MainBundleResources() + "/" + StdString(MainBundleText(CFSTR("CFBundleIconFile")));
-    QApplication::setWindowIcon(QIcon(QFile::decodeName(file.c_str())));
+    constexpr QSizeF largest(64, 64); // that desktops show beside a window's name
+    const std::string name = StdString(MainBundleText(CFSTR("CFBundleIconFile")));
+    QApplication::setWindowIcon(ImageNamed(name, largest, qApp->devicePixelRatio()));
+}
+
+/// Windows that are open to the last belong to controllers that outlive the toolkit.
+void DeleteOpenWindows()
+{
+    std::vector<ZEK_Window*> windows; // found first: each takes others with it, such as its popups
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+        if (auto* const window = qobject_cast<ZEK_Window*>(widget))
+            windows.push_back(window);
+    }
+    for (const ZEK_Window* const window : windows)
+        delete window;
 }
 
 int Run()
@@ -35,11 +52,15 @@ int Run()
     controller->awakeFromNib();
     // Only in the main loop can alerts run and the application end.
     QTimer launch;
+    QTimer icon;
     launch.setSingleShot(true);
-    QObject::connect(&launch, &QTimer::timeout, [controller, &frontEnd] {
+    icon.setSingleShot(true);
+    QObject::connect(&launch, &QTimer::timeout, [controller, &frontEnd, &icon] {
+        icon.start(kIconDelay);
         controller->applicationDidFinishLaunching();
         frontEnd.ensureReachable();
     });
+    QObject::connect(&icon, &QTimer::timeout, SetIcon);
     launch.start();
     return QApplication::exec();
 }
@@ -50,13 +71,8 @@ int RunWithWindows(int argc, char* argv[])
 {
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false); // the menu stays
-    SetIcon();
     const int status = Run();
-    // Windows that are open to the last belong to controllers that outlive the toolkit.
-    for (QWidget* const widget : QApplication::topLevelWidgets()) {
-        if (qobject_cast<ZEK_Window*>(widget) != nullptr)
-            delete widget;
-    }
+    DeleteOpenWindows();
     return status;
 }
 

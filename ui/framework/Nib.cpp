@@ -11,6 +11,7 @@
 #include "util/CFText.h"
 
 #include <QAbstractButton>
+#include <QCoreApplication>
 #include <QFile>
 #include <QLabel>
 #include <QPushButton>
@@ -43,12 +44,21 @@ std::map<QString, MakeView>& ViewClasses()
     return classes;
 }
 
-class NibLoader : public QUiLoader {
+/// Lets the toolkit find none of its plug-ins until they are put back.
+class WithoutPlugins {
 public:
-    NibLoader()
-    {
-        clearPluginPaths(); // looking for Designer's plug-ins takes longer than loading a nib
-    }
+    WithoutPlugins() { QCoreApplication::setLibraryPaths({}); }
+    void putBack() const { QCoreApplication::setLibraryPaths(fPaths); }
+
+private:
+    const QStringList fPaths = QCoreApplication::libraryPaths();
+};
+
+/// Does without Designer's plug-ins, which the toolkit's loader reads when it is made: that would take longer than
+/// loading all nibs.
+class NibLoader : private WithoutPlugins, public QUiLoader {
+public:
+    NibLoader() { putBack(); }
 
     QWidget* createWidget(const QString& className, QWidget* parent, const QString& name) override
     {

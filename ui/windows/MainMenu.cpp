@@ -26,7 +26,6 @@ bool IsOpen(const QWidget& window)
 }
 
 MainMenu::MainMenu()
-    : fMenuWindow(std::make_unique<ZEK_Window>())
 {
     addItem(fApplicationMenu, AppController::kAboutItem, {})->setMenuRole(QAction::AboutRole);
     fApplicationMenu.addSeparator();
@@ -38,14 +37,6 @@ MainMenu::MainMenu()
     addItem(fHelpMenu, AppController::kHelpItem, QKeySequence::HelpContents);
     fApplicationMenu.setTitle(QString::fromStdString(StdString(MainBundleText(CFSTR("CFBundleName")))));
     connect(&fApplicationMenu, &QMenu::aboutToShow, this, &MainMenu::validate);
-
-    fMenuWindow->setWindowTitle(fApplicationMenu.title());
-    SetFrame(*fMenuWindow, kMenuWindowFrame);
-    addBar(*fMenuWindow);
-    // Closing the last thing that is left to see ends the application.
-    auto* const closeButton = new InvisibleButton(fMenuWindow.get());
-    closeButton->setShortcut(QKeySequence::Close);
-    connect(closeButton, &QAbstractButton::clicked, this, [this] { chosen(AppController::kQuitItem); });
     fUpdate.setSingleShot(true);
     connect(&fUpdate, &QTimer::timeout, this, &MainMenu::updateMenuWindow);
     qApp->installEventFilter(this);
@@ -112,17 +103,32 @@ bool MainMenu::eventFilter(QObject* watched, QEvent* event)
     return false;
 }
 
+void MainMenu::makeMenuWindow()
+{
+    fMenuWindow = std::make_unique<ZEK_Window>();
+    fMenuWindow->setWindowTitle(fApplicationMenu.title());
+    SetFrame(*fMenuWindow, kMenuWindowFrame);
+    addBar(*fMenuWindow);
+    // Closing the last thing that is left to see ends the application.
+    auto* const closeButton = new InvisibleButton(fMenuWindow.get());
+    closeButton->setShortcut(QKeySequence::Close);
+    connect(closeButton, &QAbstractButton::clicked, this, [this] { chosen(AppController::kQuitItem); });
+}
+
 void MainMenu::updateMenuWindow()
 {
     const QWidgetList windows = QApplication::topLevelWidgets();
     const bool otherIsOpen = std::any_of(windows.begin(), windows.end(),
         [this](const QWidget* window) { return window != fMenuWindow.get() && IsOpen(*window); });
-    if (otherIsOpen == !fMenuWindow->isVisible())
+    const bool isShown = fMenuWindow != nullptr && fMenuWindow->isVisible();
+    if (otherIsOpen == !isShown)
         return;
     if (otherIsOpen) {
         fMenuWindow->hide();
         return;
     }
+    if (fMenuWindow == nullptr)
+        makeMenuWindow();
     fMenuWindow->center();
     fMenuWindow->makeKeyAndOrderFront();
 }

@@ -33,10 +33,11 @@ private:
     void chosen(int32_t tag);
     void validate();
     void addBar(ZEK_Window& window);
+    void makeMenuWindow();
 
     QMenu fApplicationMenu;
     QMenu fHelpMenu;
     std::map<int32_t, QAction*> fItems; ///< by tag; owned by their menus
-    std::unique_ptr<ZEK_Window> fMenuWindow;
+    std::unique_ptr<ZEK_Window> fMenuWindow; ///< null before it is first needed
     QTimer fUpdate;
 };
