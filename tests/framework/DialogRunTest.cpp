@@ -1,6 +1,7 @@
 #include "tests/framework/TestDialog.h"
 #include "ui/framework/HelpButton.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QTest>
 #include <gmock/gmock.h>
@@ -122,11 +123,44 @@ TEST_F(DialogRunTest, AQuitResultQuitsAfterTheWindowHasGone)
     EXPECT_THAT(dialog.events, ElementsAre("action 1", "quit, closed"));
 }
 
+TEST_F(DialogRunTest, AnAlertAnswersOnceWhateverElseIsClickedMeanwhile)
+{
+    ASSERT_TRUE(dialog.init());
+    auto& first = dialog.view<QPushButton>("fFirstButtonPtr");
+    EXPECT_EQ(run(dialog,
+                  [&] {
+                      first.animateClick(); // takes a tenth of a second
+                      QTest::keyClick(dialog.window(), Qt::Key_Escape);
+                  }),
+        0);
+    QTest::qWait(200);
+    EXPECT_THAT(dialog.events, ElementsAre("action 0"));
+}
+
+TEST_F(DialogRunTest, TheDefaultButtonHasTheKeyboardAndTheDesktopsAccent)
+{
+    ASSERT_TRUE(dialog.init());
+    dialog.fReturnKeyButton = 2;
+    auto& second = dialog.view<QPushButton>("fSecondButtonPtr");
+    EXPECT_EQ(run(dialog,
+                  [&] {
+                      EXPECT_TRUE(second.hasFocus());
+                      QPalette red = QApplication::palette();
+                      red.setColor(QPalette::Highlight, Qt::red);
+                      QApplication::setPalette(red);
+                      EXPECT_EQ(second.palette().color(QPalette::Button).hue(), QColor(Qt::red).hue());
+                      holdKey(*dialog.window(), Qt::Key_Return); // still down from the window before
+                      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+                  }),
+        2);
+}
+
 TEST_F(DialogRunTest, HelpOpensThePageOfTheAlert)
 {
     application.setDefaultHelpHint(3);
     ASSERT_TRUE(dialog.init());
     EXPECT_EQ(dialog.fHelpHint, 3);
+    dialog.showWindow();
     dialog.view<HelpButton>("fHelpButtonPtr").click();
     EXPECT_THAT(frontEnd.events, ElementsAre("help  (start)"));
     EXPECT_FALSE(dialog.view<HelpButton>("fHelpButtonPtr").isHidden());

@@ -79,6 +79,12 @@ void FrameworkTest::activate(QWidget& window)
     QCoreApplication::processEvents();
 }
 
+void FrameworkTest::holdKey(QWidget& window, Qt::Key key)
+{
+    if (!qt_sendShortcutOverrideEvent(&window, 0, key, Qt::NoModifier, "", true))
+        QTest::keyPress(&window, key);
+}
+
 int32_t FrameworkTest::runModal(ZEK_Window& window, const std::function<void()>& action)
 {
     QTimer watchdog;

@@ -60,6 +60,8 @@ protected:
 
     /// Waits until a shown window can have the keyboard.
     static void activate(QWidget& window);
+    /// Sends a key that repeats while it is held down.
+    static void holdKey(QWidget& window, Qt::Key key);
     /// Does what is asked once the window runs modally. @return the result; -99 when the run had to be ended from outside.
     static int32_t runModal(ZEK_Window& window, const std::function<void()>& action);
 

@@ -4,6 +4,7 @@
 #include "util/CFText.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 
@@ -70,6 +71,12 @@ TEST(ObjectHelpersTest, ObjectsAreEqualWhenTheyDescribeThemselvesAlike)
         DictionaryOf(CFSTR("a"), CFSTR("b")).get(), DictionaryOf(CFSTR("a"), CFSTR("c")).get()));
     EXPECT_TRUE(AreObjectsEqual(ArrayOf(one.get()).get(), ArrayOf(CFSTR("1")).get()));
     EXPECT_FALSE(AreObjectsEqual(ArrayOf(CFSTR("1")).get(), ArrayOf(CFSTR("1, 1")).get()));
+    const auto data = [](std::string bytes) {
+        return CFRef(CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()), 1000));
+    };
+    const std::string zeros(1000, '\0');
+    EXPECT_TRUE(AreObjectsEqual(data(zeros).get(), data(zeros).get()));
+    EXPECT_FALSE(AreObjectsEqual(data(zeros).get(), data(std::string(zeros).replace(500, 1, "x")).get()));
 }
 
 TEST(ObjectHelpersTest, CopiesAreIndependentToTheDepthAskedFor)
@@ -121,6 +128,13 @@ TEST_F(LaunchMarkerTest, NamesThatNoMarkerCanHaveFailSilently)
     SetFirstLaunch("no/such/folder", 1);
     SetFirstLaunch(std::string(2000, 'x'), 1);
     EXPECT_TRUE(fs::is_empty(volume.root() / "tmp"));
+    fs::create_symlink(volume.root() / "other", marker());
+    SetFirstLaunch(marker().filename(), 1);
+    EXPECT_FALSE(fs::exists(volume.root() / "other")) << "anybody could have put the link there";
+    fs::remove(marker());
+    mkfifo(marker().c_str(), 0666);
+    EXPECT_TRUE(isFirst(0));
+    fs::remove(marker());
     fs::create_directory(marker());
     SetFirstLaunch(marker().filename(), 1);
     EXPECT_TRUE(isFirst(0));

@@ -1,9 +1,9 @@
 #include "ui/framework/ClickableTextField.h"
 
+#include "ui/framework/OpenURL.h"
 #include "util/CFText.h"
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QStyleHints>
@@ -62,12 +62,12 @@ void ClickableTextField::setURL_WithString(const std::string& url)
     setURL_Ptr(CFRef(CFURLCreateWithString(kCFAllocatorDefault, CFText(url).get(), nullptr)));
 }
 
-void ClickableTextField::openURL() const
+void ClickableTextField::openURL()
 {
     if (!fURL_Ptr)
         return;
     const CFRef<CFURLRef> absolute(CFURLCopyAbsoluteURL(fURL_Ptr.get()));
-    QDesktopServices::openUrl(QUrl(QString::fromStdString(StdString(CFURLGetString(absolute.get())))));
+    OpenURL(QUrl(QString::fromStdString(StdString(CFURLGetString(absolute.get())))), *this);
 }
 
 /// What the default button would take otherwise.
@@ -93,8 +93,7 @@ void ClickableTextField::keyPressEvent(QKeyEvent* event)
 int ClickableTextField::nextClickCount() const
 {
     const bool continues = fPressedTime.isValid() && fClickCount > 1
-        && fPressedTime.msecsTo(QTime::currentTime())
-            < QGuiApplication::styleHints()->mouseDoubleClickInterval();
+        && !fPressedTime.hasExpired(QGuiApplication::styleHints()->mouseDoubleClickInterval());
     return continues ? fClickCount + 1 : 1;
 }
 
@@ -102,15 +101,15 @@ void ClickableTextField::mousePressEvent(QMouseEvent* event)
 {
     fClickCount = event->button() == Qt::LeftButton ? nextClickCount() : 0;
     fPressedAt = event->pos();
-    fPressedTime = QTime::currentTime();
+    fPressedTime.start();
     QLabel::mousePressEvent(event);
 }
 
 void ClickableTextField::mouseDoubleClickEvent(QMouseEvent* event)
 {
-    fClickCount = 2;
-    fPressedTime = QTime::currentTime();
     QLabel::mouseDoubleClickEvent(event);
+    fClickCount = 2;
+    fPressedTime.start();
 }
 
 void ClickableTextField::mouseMoveEvent(QMouseEvent* event)

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "util/CFRef.h"
+#include <QElapsedTimer>
 #include <QLabel>
-#include <QTime>
 #include <string>
 
 /// A label that is a link while it has a URL: underlined in the regular label font, a pointing hand over its text; one
@@ -27,7 +27,7 @@ public:
     /// The area with the pointing hand: the text as drawn, from the upper left corner; empty without a URL. In pixels.
     QRect textFieldRect() const { return fTextFieldRect; }
     /// Opens the URL; nothing without one.
-    void openURL() const;
+    void openURL();
 
 protected:
     bool event(QEvent* event) override;
@@ -44,7 +44,6 @@ private:
     CFRef<CFURLRef> fURL_Ptr;
     QRect fTextFieldRect;
     QPoint fPressedAt;
-    QTime fPressedTime; ///< invalid before the first press
-    int fClickCount
-        = 0; ///< how many clicks in quick succession the current press belongs to; 0 once it has become a drag
+    QElapsedTimer fPressedTime; ///< invalid before the first press
+    int fClickCount = 0; ///< of the row of clicks that the press belongs to; 0 once it has become a drag
 };

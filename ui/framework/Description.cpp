@@ -2,6 +2,7 @@
 
 #include "util/CFText.h"
 
+#include <QByteArray>
 #include <algorithm>
 #include <cctype>
 #include <map>
@@ -25,6 +26,14 @@ std::string Element(CFTypeRef object)
         quoted += c;
     }
     return quoted + "\"";
+}
+
+/// All bytes: the system's own description leaves out those in the middle.
+std::string DataDescription(CFDataRef data)
+{
+    const auto* const bytes = reinterpret_cast<const char*>(CFDataGetBytePtr(data));
+    const QByteArray hex = QByteArray::fromRawData(bytes, CFDataGetLength(data)).toHex();
+    return "<" + hex.toStdString() + ">";
 }
 
 std::string ArrayDescription(CFArrayRef array)
@@ -62,6 +71,8 @@ std::string Description(CFTypeRef object)
         return ArrayDescription(static_cast<CFArrayRef>(object));
     if (type == CFDictionaryGetTypeID())
         return DictionaryDescription(static_cast<CFDictionaryRef>(object));
+    if (type == CFDataGetTypeID())
+        return DataDescription(static_cast<CFDataRef>(object));
     const CFRef<CFStringRef> text(
         CFStringCreateWithFormat(kCFAllocatorDefault, nullptr, CFSTR("%@"), object));
     return StdString(text.get());

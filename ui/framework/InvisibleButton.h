@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractButton>
+#include <QEvent>
 
 /// A button that is never seen, clicked or focused: it lends a window a key equivalent that no visible control has.
 class InvisibleButton : public QAbstractButton {
@@ -16,5 +17,12 @@ public:
     QSize sizeHint() const override { return { 0, 0 }; }
 
 protected:
+    bool event(QEvent* event) override
+    {
+        if (event->type() != QEvent::Shortcut)
+            return QAbstractButton::event(event);
+        click(); // at once, as there is no press to be seen
+        return true;
+    }
     void paintEvent(QPaintEvent*) override { }
 };

@@ -1,30 +1,70 @@
 #include "ui/framework/KeyEquivalent.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QPushButton>
 #include <QShortcut>
+#include <QThread>
 
 namespace {
 
-/// Fills the button with the accent colour while it can be pressed, as desktops show default buttons.
-void Accentuate(QPushButton& button)
-{
-    const QPalette colors = QApplication::palette();
-    QPalette palette;
-    for (const QPalette::ColorGroup group : { QPalette::Active, QPalette::Inactive }) {
-        palette.setColor(group, QPalette::Button, colors.color(QPalette::Highlight));
-        palette.setColor(group, QPalette::ButtonText, colors.color(QPalette::HighlightedText));
+/// Fills the button with the accent colour while it can be pressed, as desktops show default buttons. The button's own.
+class Accent : public QObject {
+public:
+    explicit Accent(QPushButton& button)
+        : QObject(&button)
+        , fButton(button)
+    {
+        apply();
+        qApp->installEventFilter(this);
     }
-    button.setPalette(palette);
-}
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange)
+            apply();
+        return false;
+    }
+
+private:
+    void apply()
+    {
+        const QPalette colors = QApplication::palette();
+        const QColor face = colors.color(QPalette::Highlight).darker(140); // styles lighten it
+        QPalette palette;
+        for (const QPalette::ColorGroup group : { QPalette::Active, QPalette::Inactive }) {
+            palette.setColor(group, QPalette::Button, face);
+            palette.setColor(group, QPalette::ButtonText, colors.color(QPalette::HighlightedText));
+        }
+        fButton.setPalette(palette);
+    }
+
+    QPushButton& fButton;
+};
 
 }
 
 void SetReturnKeyEquivalent(QPushButton& button)
 {
     button.setDefault(true);
-    Accentuate(button);
-    button.setShortcut(Qt::Key_Return);
-    auto* const enter = new QShortcut(Qt::Key_Enter, &button); // the numeric keypad's
-    QObject::connect(enter, &QShortcut::activated, &button, &QAbstractButton::animateClick);
+    button.setFocus();
+    new Accent(button);
+    for (const Qt::Key key : { Qt::Key_Return, Qt::Key_Enter }) { // Enter is the numeric keypad's
+        auto* const shortcut = new QShortcut(key, &button);
+        shortcut->setAutoRepeat(false); // the key may still be held from the window before
+        QObject::connect(shortcut, &QShortcut::activated, &button, [&button] {
+            HighlightButton(button);
+            button.click();
+        });
+    }
+}
+
+void HighlightButton(QAbstractButton& button)
+{
+    button.setDown(true);
+    button.repaint();
+    QThread::msleep(50);
+    button.setDown(false);
+    button.repaint();
 }

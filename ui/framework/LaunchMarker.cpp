@@ -3,8 +3,8 @@
 #include <Host/HostPath.h>
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <fcntl.h>
-#include <fstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,17 +19,32 @@ bool IsASCII(const std::string& text)
     return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x80; });
 }
 
+/// Never through a link, and never waiting: anybody may put anything into the folder.
+constexpr int kMarkerFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+
+/// Opens the marker, empty, for writing. @return -1 when that fails.
+int OpenEmpty(const std::string& path)
+{
+    const int existing = open(path.c_str(), O_RDWR | O_TRUNC | kMarkerFlags);
+    // Only then: some systems let nobody create what another user has in a folder for everybody.
+    if (existing < 0 && errno == ENOENT)
+        return open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | kMarkerFlags, 0666);
+    return existing;
+}
+
 }
 
 bool FirstLaunch(const std::string& name, uint32_t* value)
 {
-    std::ifstream file(HostPath(kFolder + name), std::ios::binary);
-    MarkerBytes bytes {};
+    std::array<char, sizeof(MarkerBytes) + 1> bytes {}; // one more, to see a longer file
+    const int file = open(HostPath(kFolder + name).c_str(), O_RDONLY | kMarkerFlags);
     const bool isValid
-        = file.read(bytes.data(), bytes.size()) && file.peek() == std::ifstream::traits_type::eof();
+        = file >= 0 && read(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(sizeof(MarkerBytes));
+    if (file >= 0)
+        close(file);
     uint32_t number = 0;
-    for (const char byte : bytes)
-        number = number << 8 | static_cast<uint8_t>(byte);
+    for (size_t index = 0; index < sizeof(MarkerBytes); ++index)
+        number = number << 8 | static_cast<uint8_t>(bytes[index]);
     if (value != nullptr)
         *value = isValid ? number : 0;
     return !isValid;
@@ -39,14 +54,13 @@ void SetFirstLaunch(const std::string& name, uint32_t value)
 {
     if (!IsASCII(name))
         return;
-    const std::string path = (kFolder + name).substr(0, kLongestPath);
-    const int file = open(HostPath(path).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const int file = OpenEmpty(HostPath((kFolder + name).substr(0, kLongestPath)));
     if (file < 0)
         return;
     const MarkerBytes bytes { static_cast<char>(value >> 24), static_cast<char>(value >> 16),
         static_cast<char>(value >> 8), static_cast<char>(value) };
-    const ssize_t written = write(file, bytes.data(), bytes.size());
+    [[maybe_unused]] const ssize_t written
+        = write(file, bytes.data(), bytes.size()); // no reader takes a part
+    fchmod(file, 0666);
     close(file);
-    if (written == static_cast<ssize_t>(bytes.size()))
-        chmod(HostPath(path).c_str(), 0666);
 }

@@ -10,10 +10,10 @@
 #include "util/Bundle.h"
 #include "util/CFText.h"
 
-#include <QAbstractButton>
 #include <QCoreApplication>
 #include <QFile>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QtUiTools/QUiLoader>
 #include <map>
@@ -25,6 +25,18 @@ class NibPushButton : public QPushButton {
 public:
     using QPushButton::QPushButton;
     QSize sizeHint() const override { return QPushButton::sizeHint() + QSize(fontMetrics().height(), 0); }
+
+protected:
+    /// A default button has the outline that styles give the one with the keyboard, so that gets a line of its own.
+    void paintEvent(QPaintEvent* event) override
+    {
+        QPushButton::paintEvent(event);
+        if (!isDefault() || !hasFocus() || !window()->testAttribute(Qt::WA_KeyboardFocusChange))
+            return;
+        QPainter painter(this);
+        painter.setPen(palette().color(QPalette::ButtonText));
+        painter.drawRect(rect().adjusted(3, 3, -4, -4));
+    }
 };
 
 using MakeView = std::function<QWidget*(QWidget* parent)>;
@@ -153,12 +165,6 @@ void Nib::reportOutlet(const char* name)
 {
     if (fError.empty())
         fError = "the nib " + fName + " has no fitting " + name;
-}
-
-void Nib::connectAction(const char* name, std::function<void()> action)
-{
-    if (auto* const button = fWindow->findChild<QAbstractButton*>(name))
-        QObject::connect(button, &QAbstractButton::clicked, fWindow.get(), std::move(action));
 }
 
 ZEK_Window* Nib::releaseWindow() { return fWindow.release(); }

@@ -56,9 +56,6 @@ public:
         outlet = dynamic_cast<View*>(find(name));
     }
 
-    /// Has a button call its action when clicked; nothing when the nib has no such button.
-    void connectAction(const char* name, std::function<void()> action);
-
     /// Hands the window to the caller, who owns it then.
     ZEK_Window* releaseWindow();
 

@@ -74,4 +74,6 @@ void SaveWindowPosition(const ZEK_Window* window, const std::string& key)
     const Rect frame = window != nullptr ? Frame(*window) : Rect();
     const CFRef<CFDataRef> value = ArchivedDataWithRootObject(CFText(TextOfRect(frame)).get());
     CFPreferencesSetAppValue(CFText(key).get(), value.get(), kCFPreferencesCurrentApplication);
+    CFPreferencesAppSynchronize(
+        kCFPreferencesCurrentApplication); // one that fails is made up for by the next
 }

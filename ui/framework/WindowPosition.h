@@ -15,6 +15,5 @@ bool RestoreWindowPosition(ZEK_Window& window, const std::string& key);
 /// @param frame written only when there is an entry. @return whether there is one.
 bool ReturnSavedWindowFrame(const std::string& key, Rect& frame);
 
-/// Keeps the window's frame under the key, the zero rectangle for a null window; on the disk once the defaults are next
-/// synchronized.
+/// Keeps the window's frame under the key, the zero rectangle for a null window.
 void SaveWindowPosition(const ZEK_Window* window, const std::string& key);

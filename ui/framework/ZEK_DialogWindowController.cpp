@@ -115,7 +115,7 @@ void ZEK_DialogWindowController::awakeFromNib()
     if (fHelpButtonPtr == nullptr)
         return;
     fHelpButtonPtr->setAccessibleName(Text(LocalizedString(CFSTR("kHelpButton"))));
-    QObject::connect(fHelpButtonPtr, &QAbstractButton::clicked, window(), [this] { helpButtonClicked(); });
+    connectAction(fHelpButtonPtr, [this] { helpButtonClicked(); });
     if (runningPrelogin())
         fHelpButtonPtr->hide();
 }
@@ -158,8 +158,7 @@ float ZEK_DialogWindowController::setButtonTitle(int32_t number, const std::opti
     const float result = SizeToFit(control, anchorLeft, offset);
     if (fReturnKeyButton == number)
         SetReturnKeyEquivalent(*control);
-    QObject::connect(
-        control, &QAbstractButton::clicked, window(), [this, control] { handleButtonClicked(control); });
+    connectAction(control, [this, control] { handleButtonClicked(control); });
     const Rect frame = Frame(*control);
     neededWidth += frame.width + frame.height / 2;
     return result;

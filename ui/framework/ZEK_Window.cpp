@@ -45,6 +45,8 @@ void Autoresize(QWidget& view, const QSize& change)
 ZEK_Window::ZEK_Window(QWidget* parent)
     : QWidget(parent, Qt::Window)
 {
+    fCloseKey.setSingleShot(true);
+    connect(&fCloseKey, &QTimer::timeout, this, &ZEK_Window::actAsCloseKey);
 }
 
 QWidget* ZEK_Window::contentView() const
@@ -116,6 +118,7 @@ void ZEK_Window::center()
     const QScreen* const screen = QGuiApplication::primaryScreen();
     if (screen == nullptr)
         return;
+    ensurePolished(); // its menu bar comes with that
     const QRect visible = screen->availableGeometry();
     const QSize space = visible.size() - size();
     move(visible.x() + space.width() / 2, visible.y() + qMax(0, space.height() / 3));
@@ -123,6 +126,7 @@ void ZEK_Window::center()
 
 void ZEK_Window::makeKeyAndOrderFront()
 {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
     activateWindow();
@@ -134,21 +138,36 @@ void ZEK_Window::closeEvent(QCloseEvent* event)
 {
     if (event->spontaneous() && !property("closable").toBool()) {
         event->ignore();
-        if (auto* const closeButton = findChild<InvisibleButton*>())
-            closeButton->click();
-        else if (fController != nullptr)
-            fController->cancelOperation();
+        fCloseKey.start();
         return;
     }
     CFNotificationCenterPostNotification(CFNotificationCenterGetLocalCenter(),
         CFText(kWindowWillCloseNotification).get(), this, nullptr, true);
 }
 
+void ZEK_Window::actAsCloseKey()
+{
+    if (!isVisible())
+        return;
+    if (auto* const closeButton = findChild<InvisibleButton*>())
+        closeButton->click();
+    else
+        cancelOperation();
+}
+
+void ZEK_Window::cancelOperation()
+{
+    if (fController != nullptr)
+        fController->cancelOperation();
+}
+
 void ZEK_Window::keyPressEvent(QKeyEvent* event)
 {
-    const bool commandPeriod = event->key() == Qt::Key_Period && event->modifiers() == Qt::ControlModifier;
-    if (event->key() != Qt::Key_Escape && !commandPeriod)
+    // Some keyboards have the period on a shifted key.
+    const auto modifiers = event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
+    const bool commandPeriod = event->key() == Qt::Key_Period && modifiers == Qt::ControlModifier;
+    if (event->key() == Qt::Key_Escape || commandPeriod)
+        cancelOperation();
+    else
         QWidget::keyPressEvent(event);
-    else if (fController != nullptr)
-        fController->cancelOperation();
 }

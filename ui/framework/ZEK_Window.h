@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 
 class QMenuBar;
@@ -54,10 +55,13 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void cancelOperation();
+    void actAsCloseKey();
     int menuBarHeight() const;
     void layOut();
 
     QPointer<QMenuBar> fMenuBar;
     ZEK_WindowController* fController = nullptr;
-    QSize fMinimumContentSize;
+    QSize fMinimumContentSize { 0, 0 };
+    QTimer fCloseKey; ///< runs out once the toolkit is done with a refused wish to close
 };

@@ -1,11 +1,11 @@
 #include "ui/framework/ZEK_WindowController.h"
 
 #include "app/ZEK_AppController.h"
+#include "ui/framework/KeyEquivalent.h"
 #include "ui/framework/WindowPosition.h"
 #include "util/CFText.h"
 
 #include <QAbstractButton>
-#include <QThread>
 #include <cstdio>
 
 namespace {
@@ -51,6 +51,16 @@ bool ZEK_WindowController::initWithWindowNibName(const std::string& nibName)
     return true;
 }
 
+void ZEK_WindowController::connectAction(QAbstractButton* button, std::function<void()> action)
+{
+    if (button == nullptr)
+        return;
+    QObject::connect(button, &QAbstractButton::clicked, &fTarget, [this, action = std::move(action)] {
+        if (fWindow != nullptr && fWindow->isVisible())
+            action();
+    });
+}
+
 ZEK_Window* ZEK_WindowController::window()
 {
     if (fWindow != nullptr && !fIsAwake) {
@@ -72,14 +82,8 @@ void ZEK_WindowController::cancelOperation()
 
 void ZEK_WindowController::highlightCancelButton()
 {
-    QAbstractButton* const button = returnCancelButton();
-    if (button == nullptr)
-        return;
-    button->setDown(true);
-    button->repaint();
-    QThread::msleep(50); // long enough to be seen before the window goes
-    button->setDown(false);
-    button->repaint();
+    if (QAbstractButton* const button = returnCancelButton())
+        HighlightButton(*button);
 }
 
 void ZEK_WindowController::showWindow()
@@ -99,7 +103,7 @@ void ZEK_WindowController::showWindow()
 void ZEK_WindowController::showWindowWithoutRestoringWindowPositions()
 {
     if (ZEK_Window* const shown = window())
-        shown->show();
+        shown->makeKeyAndOrderFront();
 }
 
 void ZEK_WindowController::windowWillCloseNotification(ZEK_Window& closing)

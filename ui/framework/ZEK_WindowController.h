@@ -3,6 +3,7 @@
 #include "ui/framework/Nib.h"
 #include "ui/framework/ZEK_Window.h"
 #include <QPointer>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,13 +28,13 @@ public:
     virtual QAbstractButton* returnCancelButton() const;
     /// What Escape and Command-period do: flash the cancel button and close.
     virtual void cancelOperation();
-    /// Shows the cancel button pressed for 0.05 s, which blocks; nothing without one.
+    /// Shows the cancel button pressed for a moment, as HighlightButton() does; nothing without one.
     void highlightCancelButton();
 
     /// Brings the application and the window to the front, the window where the user left it if that is remembered, else
     /// in the middle of the screen. Each call registers once more for the window's closing.
     void showWindow();
-    /// Only shows the window: its place is its own affair.
+    /// Brings only the window to the front: its place is its own affair.
     void showWindowWithoutRestoringWindowPositions();
     /// Keeps the frame of the closing window if that is wanted. Overriders call it too.
     virtual void windowWillCloseNotification(ZEK_Window& closing);
@@ -47,10 +48,14 @@ protected:
     bool initWithWindowNibName(const std::string& nibName);
     /// Binds the subclass's outlets.
     virtual void connectOutlets(Nib& nib) = 0;
+    /// Has a button call an action when clicked while the window is open: a click that was under way when the window went
+    /// does nothing more, nor does any once the controller has gone. @param button null for none.
+    void connectAction(QAbstractButton* button, std::function<void()> action);
     /// Fills the window before it is first shown.
     virtual void awakeFromNib() = 0;
 
 private:
     QPointer<ZEK_Window> fWindow; ///< null as well once the toolkit has deleted it
+    QObject fTarget; ///< the buttons' actions end with it
     bool fIsAwake = false;
 };

@@ -59,7 +59,7 @@ void AboutWindowController::connectOutlets(Nib& nib)
     nib.connectOutlet("fCopyright1StringPtr", fCopyright1StringPtr);
     nib.connectOutlet("fCopyright2StringPtr", fCopyright2StringPtr);
     nib.connectOutlet("fVersionStringPtr", fVersionStringPtr);
-    nib.connectAction("fInvisibleCloseButtonPtr", [this] { handleCloseKeyEquivalent(); });
+    connectAction(fInvisibleCloseButtonPtr, [this] { handleCloseKeyEquivalent(); });
 }
 
 void AboutWindowController::awakeFromNib()

@@ -94,10 +94,11 @@ void InstallWindowController::connectOutlets(Nib& nib)
     nib.connectOutlet("fSendUsageDataPromptPtr", fSendUsageDataPromptPtr);
     nib.connectOutlet("fInstallButtonPtr", fInstallButtonPtr);
     nib.connectOutlet("fCancelButtonPtr", fCancelButtonPtr);
-    nib.connectAction("fInstallButtonPtr", [this] { installButtonClicked(); });
-    nib.connectAction("fCancelButtonPtr", [this] { cancelButtonClicked(); });
-    nib.connectAction("fInvisibleCloseButtonPtr", [this] { handleCloseKeyEquivalent(); });
-    nib.connectAction("helpButton", [this] { helpButtonClicked(); });
+    connectAction(fInstallButtonPtr, [this] { installButtonClicked(); });
+    connectAction(fCancelButtonPtr, [this] { cancelButtonClicked(); });
+    connectAction(fInvisibleCloseButtonPtr, [this] { handleCloseKeyEquivalent(); });
+    nib.connectOptionalOutlet("helpButton", fHelpButton);
+    connectAction(fHelpButton, [this] { helpButtonClicked(); });
 }
 
 void InstallWindowController::awakeFromNib()
@@ -112,6 +113,8 @@ void InstallWindowController::awakeFromNib()
     const bool driverPresent = driver != nullptr && driver->driverPresent();
     fHighPoweredPortsStatusPtr->setText(Localized(driverPresent ? CFSTR("Enabled") : CFSTR("Disabled")));
     setUsageDataRows();
+    if (fHelpButton != nullptr)
+        fHelpButton->setAccessibleName(Localized(CFSTR("kHelpButton")));
 }
 
 void InstallWindowController::setButtons(bool restartMightBeRequired)

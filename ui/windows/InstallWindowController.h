@@ -3,6 +3,7 @@
 #include "ui/framework/ZEK_WindowController.h"
 
 class ClickableTextField;
+class HelpButton;
 class InvisibleButton;
 class QCheckBox;
 class QLabel;
@@ -52,4 +53,5 @@ private:
     QLabel* fSendUsageDataPromptPtr = nullptr;
     QPushButton* fInstallButtonPtr = nullptr;
     QPushButton* fCancelButtonPtr = nullptr;
+    HelpButton* fHelpButton = nullptr;
 };

@@ -1,17 +1,49 @@
 #include "ui/windows/LicenseTextView.h"
 
 #include "ui/framework/Geometry.h"
+#include "ui/framework/OpenURL.h"
 #include "ui/framework/rtf/Rtf.h"
 
 #include <QEvent>
 #include <QFile>
+#include <QKeyEvent>
 #include <QScrollBar>
 #include <QTextFrame>
+
+namespace {
+
+bool IsOpeningKey(const QKeyEvent& event)
+{
+    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+}
+
+}
 
 LicenseTextView::LicenseTextView(QWidget* parent)
     : QTextBrowser(parent)
 {
-    setOpenExternalLinks(true);
+    setOpenLinks(false);
+    connect(this, &QTextBrowser::anchorClicked, this, &LicenseTextView::follow);
+}
+
+void LicenseTextView::follow(const QUrl& link)
+{
+    if (link.isRelative()) // a place in this text
+        scrollToAnchor(link.fragment());
+    else
+        OpenURL(link, *this);
+}
+
+/// Return opens the link that the keyboard is on, before any default button takes it.
+bool LicenseTextView::event(QEvent* event)
+{
+    const bool isOnLink = textCursor().hasSelection() && textCursor().charFormat().isAnchor();
+    if (event->type() == QEvent::ShortcutOverride && isOnLink
+        && IsOpeningKey(*static_cast<QKeyEvent*>(event))) {
+        event->accept();
+        return true;
+    }
+    return QTextBrowser::event(event);
 }
 
 void LicenseTextView::awakeFromNib()

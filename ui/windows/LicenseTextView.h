@@ -16,9 +16,11 @@ public:
     bool readRTFDFromFile(const std::string& path);
 
 protected:
+    bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
+    void follow(const QUrl& link);
     void applyTextContainerInset();
 
     std::string fPath;

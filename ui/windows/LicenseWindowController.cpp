@@ -46,9 +46,9 @@ void LicenseWindowController::connectOutlets(Nib& nib)
     nib.connectOutlet("fLicenceAgreementTextViewPtr", fLicenceAgreementTextViewPtr);
     nib.connectOutlet("fAgreeButtonPtr", fAgreeButtonPtr);
     nib.connectOutlet("fDisagreeButtonPtr", fDisagreeButtonPtr);
-    nib.connectAction("fAgreeButtonPtr", [this] { agreeButtonClicked(); });
-    nib.connectAction("fDisagreeButtonPtr", [this] { disagreeButtonClicked(); });
-    nib.connectAction("fInvisibleCloseButtonPtr", [this] { handleCloseKeyEquivalent(); });
+    connectAction(fAgreeButtonPtr, [this] { agreeButtonClicked(); });
+    connectAction(fDisagreeButtonPtr, [this] { disagreeButtonClicked(); });
+    connectAction(fInvisibleCloseButtonPtr, [this] { handleCloseKeyEquivalent(); });
 }
 
 void LicenseWindowController::awakeFromNib()

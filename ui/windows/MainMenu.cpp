@@ -72,7 +72,8 @@ void MainMenu::validate()
 void MainMenu::chosen(int32_t tag)
 {
     AppController& controller = *AppController::appControllerPtr();
-    if (!controller.validateMenuItem(tag))
+    // Whoever chooses by other means than the mouse and the keys can reach a menu behind an alert.
+    if (QApplication::activeModalWidget() != nullptr || !controller.validateMenuItem(tag))
         return;
     if (tag == AppController::kQuitItem)
         controller.quit();
