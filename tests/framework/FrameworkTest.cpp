@@ -91,6 +91,9 @@ int32_t FrameworkTest::runModal(ZEK_Window& window, const std::function<void()>&
     watchdog.setSingleShot(true);
     watchdog.callOnTimeout([] { StopModalWithCode(-99); });
     watchdog.start(10000);
-    QTimer::singleShot(0, action);
+    QTimer start;
+    start.setSingleShot(true);
+    start.callOnTimeout(action);
+    start.start(0);
     return RunModalForWindow(window);
 }
