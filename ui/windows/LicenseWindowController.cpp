@@ -59,6 +59,7 @@ void LicenseWindowController::awakeFromNib()
     fDisagreeButtonPtr->setText(Localized(CFSTR("Disagree")));
     SizeToFit(fDisagreeButtonPtr, false, shift);
     SetReturnKeyEquivalent(*fAgreeButtonPtr);
+    fLicenceAgreementTextViewPtr->setFocus(); // where the arrow keys scroll
     fLicenceAgreementTextViewPtr->setAccessibleName(Localized(CFSTR("kLicenseTextName")));
     const CFRef<CFURLRef> agreement = MainBundleResource(CFSTR("License Agreement.rtf"), CFSTR(""));
     fLicenceAgreementTextViewPtr->readRTFDFromFile(FileSystemPath(agreement.get()));
