@@ -1,9 +1,9 @@
 #include "TestBook.h"
 
 #include "HelpViewer/HelpWindow.h"
+#include "tests/support/Browser.h"
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QLabel>
 #include <QLineEdit>
 #include <QScrollBar>
@@ -11,22 +11,11 @@
 #include <QTextBrowser>
 #include <QToolButton>
 #include <QtTest/QTest>
+#include <gmock/gmock.h>
 #include <memory>
 #include <set>
 
 namespace {
-
-/// Takes the place of the desktop's browser.
-class BrowserRecorder : public QObject {
-    Q_OBJECT
-public:
-    BrowserRecorder() { QDesktopServices::setUrlHandler("https", this, "open"); }
-    ~BrowserRecorder() override { QDesktopServices::unsetUrlHandler("https"); }
-    QList<QUrl> opened;
-
-public slots:
-    void open(const QUrl& url) { opened.append(url); }
-};
 
 class HelpWindowTest : public testing::Test {
 protected:
@@ -86,13 +75,13 @@ TEST_F(HelpWindowTest, LinksLeadWithinTheBookOrToTheDesktopsBrowser)
         EXPECT_EQ(page->toPlainText(), "Start link") << link.toStdString();
     }
 
-    const BrowserRecorder browser;
+    const Browser browser;
     files.addPage("en.lproj/index.html",
         "<p><a href=\"https://www.example.com/a?b#c\">1</a> <a href=\"next.html\">2</a></p>");
     show();
     press(Qt::Key_Tab);
     press(Qt::Key_Return);
-    EXPECT_EQ(browser.opened, QList<QUrl> { QUrl("https://www.example.com/a?b#c") });
+    EXPECT_THAT(browser.opened, testing::ElementsAre("https://www.example.com/a?b#c"));
     EXPECT_EQ(pageShown(), "index.html");
     press(Qt::Key_Tab);
     press(Qt::Key_Return);
@@ -290,5 +279,3 @@ TEST_F(HelpWindowTest, NothingIsCutOffInTextOfDoubleSize)
     }
     EXPECT_GE(button("forward")->width(), button("forward")->fontMetrics().horizontalAdvance("Vorwärts"));
 }
-
-#include "HelpWindowTest.moc"

@@ -1,5 +1,7 @@
 #include "tests/windows/Person.h"
 
+#include "tests/support/Browser.h"
+
 #include "ui/framework/ZEK_Window.h"
 
 #include <QAccessible>
@@ -73,7 +75,7 @@ protected:
         return names;
     }
 
-    Desktop desktop;
+    Browser browser;
 };
 
 }
@@ -163,7 +165,7 @@ TEST_F(ControlsTest, LinksAreOpenedByKeyboardAndCopied)
         press(Qt::Key_Q, Qt::ControlModifier);
     });
     EXPECT_EQ(run(), 0);
-    EXPECT_THAT(desktop.opened,
+    EXPECT_THAT(browser.opened,
         ElementsAre("https://www.zek.example/velmora/usage-data", "https://www.zek.example/support",
             "https://www.zek.example/velmora"));
     EXPECT_FALSE(fs::exists(volume.support()));
@@ -178,7 +180,7 @@ TEST_F(ControlsTest, ReturnOnALinkOfTheAgreementDoesNotAgree)
         press(Qt::Key_Q, Qt::ControlModifier);
     });
     EXPECT_EQ(run(), 0);
-    EXPECT_THAT(desktop.opened, ElementsAre("https://www.zek.example/privacy"));
+    EXPECT_THAT(browser.opened, ElementsAre("https://www.zek.example/privacy"));
     EXPECT_TRUE(volume.preferences().empty());
 }
 

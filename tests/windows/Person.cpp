@@ -6,11 +6,9 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDesktopServices>
 #include <QLabel>
 #include <QMenuBar>
 #include <QTimer>
-#include <QUrl>
 #include <QtTest/QTest>
 #include <cstdlib>
 
@@ -63,12 +61,6 @@ private:
 };
 
 }
-
-Desktop::Desktop() { QDesktopServices::setUrlHandler("https", this, "open"); }
-
-Desktop::~Desktop() { QDesktopServices::unsetUrlHandler("https"); }
-
-void Desktop::open(const QUrl& url) { opened.push_back(url.toString().toStdString()); }
 
 WindowsTest::WindowsTest()
 {

@@ -2,7 +2,6 @@
 
 #include "tests/support/TestVolume.h"
 
-#include <QObject>
 #include <QString>
 #include <deque>
 #include <functional>
@@ -11,7 +10,6 @@
 #include <string>
 #include <vector>
 
-class QUrl;
 class QWidget;
 class ZEK_Window;
 
@@ -28,18 +26,6 @@ protected:
     void acceptLicense();
 
     TestVolume volume;
-};
-
-/// Writes down the addresses that are to be opened, in place of a browser.
-class Desktop : public QObject {
-    Q_OBJECT
-
-public:
-    Desktop();
-    ~Desktop() override;
-    Q_INVOKABLE void open(const QUrl& url);
-
-    std::vector<std::string> opened;
 };
 
 /// A person who works with the installer through mouse and keyboard alone.
