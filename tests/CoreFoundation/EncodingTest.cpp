@@ -21,15 +21,6 @@ std::string EncodedIn(UInt32 codepage, const char* text, UInt8 lossByte = 0)
 
 }
 
-TEST(Encoding, CodePagesHaveTheEncodingsOfTheirNumbers)
-{
-    EXPECT_EQ(Codepage(1252), static_cast<CFStringEncoding>(kCFStringEncodingWindowsLatin1));
-    EXPECT_EQ(Codepage(10000), static_cast<CFStringEncoding>(kCFStringEncodingMacRoman));
-    EXPECT_EQ(Codepage(65001), static_cast<CFStringEncoding>(kCFStringEncodingUTF8));
-    for (const UInt32 unknown : { 0U, 1U, 77U, 1259U, 0xffffffffU })
-        EXPECT_EQ(Codepage(unknown), kCFStringEncodingInvalidId) << unknown;
-}
-
 TEST(Encoding, CodePagesReadAndWriteTheirOwnLetters)
 {
     const struct {

@@ -32,19 +32,6 @@ TEST_F(HelpBookTest, ABookIsReadInTheUsersLanguage)
     }
 }
 
-TEST_F(HelpBookTest, ABookForAllLanguagesNeedsNoMoreThanAStartPage)
-{
-    files.writeInfo("<key>HPDBookAccessPath</key><string>pages/start.html</string>");
-    files.addPage("pages/start.html", "<p>Start</p>");
-    files.addPage("pages/deep/er.html", "<h1 id=\"there\">There</h1>");
-    files.addPage("en.lproj/other.html", "<h1 id=\"elsewhere\">Of another book</h1>");
-    const HelpBook book = files.open();
-    EXPECT_EQ(book.title(), "Test") << "the folder's name";
-    EXPECT_EQ(book.startPage(), urlOf("pages/start.html"));
-    EXPECT_EQ(book.pageWithAnchor("there").path(), urlOf("pages/deep/er.html").path());
-    EXPECT_EQ(book.pageWithAnchor("elsewhere"), book.startPage());
-}
-
 TEST_F(HelpBookTest, AMissingOrDamagedBookIsNamedWithItsFault)
 {
     const auto startPage

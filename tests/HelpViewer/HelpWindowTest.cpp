@@ -121,28 +121,6 @@ TEST_F(HelpWindowTest, PagesLoadTheirPartsFromTheBookAlone)
     }
 }
 
-TEST_F(HelpWindowTest, HistoryAnswersToButtonsAndKeys)
-{
-    files.addPage("en.lproj/second.html", "<h1><a name=\"second\"></a>Second</h1>");
-    show("second");
-    EXPECT_EQ(pageShown(), "second.html");
-    EXPECT_FALSE(button("back")->isEnabled() || button("forward")->isEnabled());
-    QTest::mouseClick(button("contents"), Qt::LeftButton);
-    EXPECT_EQ(pageShown(), "index.html");
-    QTest::mouseClick(button("back"), Qt::LeftButton);
-    EXPECT_EQ(pageShown(), "second.html");
-    EXPECT_TRUE(!button("back")->isEnabled() && button("forward")->isEnabled());
-    QTest::mouseClick(button("forward"), Qt::LeftButton);
-    EXPECT_EQ(pageShown(), "index.html");
-    const std::pair<Qt::Key, const char*> keys[] = { { Qt::Key_Left, "second.html" },
-        { Qt::Key_Right, "index.html" }, { Qt::Key_Left, "second.html" }, { Qt::Key_Home, "index.html" } };
-    for (const auto& [key, target] : keys) {
-        const QString expected = target;
-        press(key, Qt::AltModifier); // the button is seen to go down first
-        EXPECT_TRUE(Eventually([&] { return pageShown() == expected; })) << key;
-    }
-}
-
 TEST_F(HelpWindowTest, AnAnchorIsScrolledToWheneverItIsAskedFor)
 {
     files.addPage("en.lproj/long.html", LongPage());
@@ -196,32 +174,6 @@ TEST_F(HelpWindowTest, SearchFindsWhileTypingAndGoesRound)
     EXPECT_TRUE(window->isVisible());
     search->setText("ポート");
     EXPECT_EQ(selected(), "ポート");
-}
-
-TEST_F(HelpWindowTest, SearchBeginsWithWhatIsInSight)
-{
-    files.addPage("en.lproj/long.html", LongPage());
-    show("middle");
-    const int place = page->verticalScrollBar()->value();
-    search->setText("missing");
-    EXPECT_EQ(page->verticalScrollBar()->value(), place) << "a search in vain moves nothing";
-    search->setText("Line 1");
-    EXPECT_GT(page->textCursor().block().blockNumber(), 90);
-}
-
-TEST_F(HelpWindowTest, TheUsualKeysCloseTheWindow)
-{
-    const std::pair<Qt::Key, Qt::KeyboardModifiers> keys[] = { { Qt::Key_Escape, Qt::NoModifier },
-        { Qt::Key_W, Qt::ControlModifier }, { Qt::Key_Q, Qt::ControlModifier } };
-    for (const auto& [key, modifiers] : keys) {
-        show();
-        press(key, modifiers);
-        EXPECT_FALSE(window->isVisible()) << key;
-    }
-    show();
-    search->setFocus();
-    press(Qt::Key_Escape);
-    EXPECT_FALSE(window->isVisible()) << "there is nothing to empty";
 }
 
 TEST_F(HelpWindowTest, ThePageFollowsThePaletteInItsPlace)

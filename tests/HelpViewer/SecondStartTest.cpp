@@ -144,12 +144,3 @@ TEST_F(SecondStartTest, ABookThatCannotBeShownIsToldWithoutADisplay)
     EXPECT_EQ(run(viewer, {}), 64);
     EXPECT_EQ(run(viewer, { "a", "b", "c" }), 64);
 }
-
-TEST_F(SecondStartTest, TheStartPageIsAskedForWithoutAnAnchor)
-{
-    setenv("HOST_TOOLS_FOLDER", "/tools/", 1);
-    const std::vector<std::string> start { "/tools/HelpViewer", "/a book.help" };
-    const std::vector<std::string> page { "/tools/HelpViewer", "/a book.help", "there" };
-    EXPECT_EQ(HostHelpCommand("/a book.help", ""), start);
-    EXPECT_EQ(HostHelpCommand("/a book.help", "there"), page);
-}

@@ -2,10 +2,8 @@
 
 #include "tests/framework/FrameworkTest.h"
 #include "tests/support/Browser.h"
-#include "ui/framework/InvisibleButton.h"
 #include "ui/framework/KeyEquivalent.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QMouseEvent>
 #include <QTest>
@@ -141,20 +139,4 @@ TEST_F(LinkFieldTest, TheKeyboardOpensItOnceBeforeAnyDefaultButton)
     QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, {}, " ", true);
     QCoreApplication::sendEvent(link, &held);
     EXPECT_EQ(browser.opened.size(), 3) << "a key that is held down does not open it again and again";
-}
-
-TEST_F(LinkFieldTest, ScreenReadersKnowItAsALinkThatCanBePressed)
-{
-    QAccessibleInterface* const reader = QAccessible::queryAccessibleInterface(&field);
-    EXPECT_EQ(reader->role(), QAccessible::StaticText);
-    EXPECT_TRUE(reader->actionInterface()->actionNames().isEmpty());
-    field.setURL_WithString(kAddress);
-    EXPECT_EQ(reader->role(), QAccessible::Link);
-    EXPECT_EQ(reader->text(QAccessible::Name), "More");
-    EXPECT_EQ(reader->text(QAccessible::Description), kAddress);
-    EXPECT_TRUE(reader->actionInterface()->actionNames().contains(QAccessibleActionInterface::pressAction()));
-    reader->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    EXPECT_THAT(browser.opened, testing::ElementsAre(kAddress));
-    InvisibleButton hidden;
-    EXPECT_TRUE(QAccessible::queryAccessibleInterface(&hidden)->state().invisible);
 }

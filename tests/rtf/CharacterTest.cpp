@@ -31,17 +31,6 @@ TEST(RtfCharacters, ChangeTheirStyleUntilItIsSwitchedOffOrTheGroupEnds)
     EXPECT_EQ(RunsOf("\\b a\\b b"), "[b12 ab]") << "one run of what is alike";
 }
 
-TEST(RtfCharacters, HaveTheNearestKindOfUnderline)
-{
-    EXPECT_EQ(RunsOf("\\ul a\\ulnone b\\uldb c\\uld d\\uldash e\\uldashd f\\uldashdd g\\ulwave h\\ulw0 i"),
-        "[u112 a][12 b][u112 c][u312 d][u212 e][u412 f][u512 g][u612 h][12 i]");
-}
-
-TEST(RtfCharacters, AreOfASizeThatCanBeShown)
-{
-    EXPECT_EQ(RunsOf("\\fs0 a\\fs-9 b\\fs99999999999 c\\fs d"), "[1 ab][200 c][12 d]");
-}
-
 TEST(RtfCharacters, HaveColorsOfTheTableButNoneThatCouldVanish)
 {
     const auto document
