@@ -18,7 +18,6 @@
 #include <QIcon>
 #include <QTimer>
 #include <chrono>
-#include <vector>
 
 namespace {
 
@@ -35,12 +34,7 @@ void SetIcon()
 /// Windows that are open to the last belong to controllers that outlive the toolkit.
 void DeleteOpenWindows()
 {
-    std::vector<ZEK_Window*> windows; // found first: each takes others with it, such as its popups
-    for (QWidget* const widget : QApplication::topLevelWidgets()) {
-        if (auto* const window = qobject_cast<ZEK_Window*>(widget))
-            windows.push_back(window);
-    }
-    for (const ZEK_Window* const window : windows)
+    for (const ZEK_Window* const window : ZEK_Window::windows())
         delete window;
 }
 

@@ -132,6 +132,5 @@ void UnattendedFrontEnd::terminate() { fTerminated = true; }
 // Nothing of these can be seen without windows, and nothing here chooses them.
 void UnattendedFrontEnd::showAboutWindow() { }
 void UnattendedFrontEnd::setMenuTitle(int32_t, const std::string&) { }
-bool UnattendedFrontEnd::appearanceIsDark() const { return false; }
-
 void UnattendedFrontEnd::showHelp(const std::string&, const std::optional<std::string>&) { }
+bool UnattendedFrontEnd::appearanceIsDark() const { return false; }

@@ -30,8 +30,8 @@ public:
     void showAboutWindow() override;
     int32_t runAlertPanel(int32_t number) override;
     void setMenuTitle(int32_t tag, const std::string& title) override;
-    bool appearanceIsDark() const override;
     void showHelp(const std::string& book, const std::optional<std::string>& anchor) override;
+    bool appearanceIsDark() const override;
     void stateEntered(uint32_t state) override;
     void restart() override;
     void terminate() override;

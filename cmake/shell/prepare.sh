@@ -5,7 +5,7 @@ packages=(cmake ninja-build g++ pkg-config libplist-dev libicu-dev libsystemd-de
     qt6-tools-dev libqt6opengl6-dev libgl1-mesa-dev qt6-image-formats-plugins fonts-dejavu-core)
 picture_packages=(fonts-wqy-microhei)
 test_packages=(clang clang-format clang-tidy libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev strace
-    python3 dbus-daemon xvfb openbox xdotool fonts-wqy-microhei)
+    python3 dbus-daemon xvfb openbox xdotool "${picture_packages[@]}")
 
 # install_packages [PACKAGE...]: installs the missing ones among the packages named and those that everything needs;
 # says nothing when there are none.

@@ -10,6 +10,7 @@
 #include <QMenuBar>
 #include <QTimer>
 #include <QtTest/QTest>
+#include <algorithm>
 #include <cstdlib>
 
 namespace fs = std::filesystem;
@@ -35,11 +36,9 @@ ZEK_Window* FrontWindow()
         return qobject_cast<ZEK_Window*>(modal);
     if (QWidget* const active = QApplication::activeWindow(); active != nullptr && active->isVisible())
         return qobject_cast<ZEK_Window*>(active);
-    for (QWidget* const top : QApplication::topLevelWidgets()) {
-        if (auto* const window = qobject_cast<ZEK_Window*>(top); window != nullptr && window->isVisible())
-            return window;
-    }
-    return nullptr;
+    const std::vector<ZEK_Window*> windows = ZEK_Window::windows();
+    const auto open = std::find_if(windows.begin(), windows.end(), std::mem_fn(&QWidget::isVisible));
+    return open != windows.end() ? *open : nullptr;
 }
 
 class ShowObserver : public QObject {

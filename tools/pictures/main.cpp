@@ -4,12 +4,12 @@
 #include "app/WindowFrontEnd.h"
 #include "install/DriverInterface.h"
 #include "ui/framework/Accessibility.h"
+#include "ui/framework/Help.h"
 #include "ui/framework/ZEK_Window.h"
 #include "ui/windows/AboutWindowController.h"
 #include "ui/windows/DialogWindowController.h"
 #include "ui/windows/InstallWindowController.h"
 #include "ui/windows/LicenseWindowController.h"
-#include "util/Bundle.h"
 
 #include <HelpViewer/HelpBook.h>
 #include <HelpViewer/HelpWindow.h>
@@ -87,17 +87,15 @@ private:
     bool saveMenuWindow(const std::string& name)
     {
         QCoreApplication::processEvents();
-        const QWidgetList windows = QApplication::topLevelWidgets();
-        const auto found = std::find_if(windows.begin(), windows.end(), [](const QWidget* window) {
-            return window->isVisible() && qobject_cast<const ZEK_Window*>(window) != nullptr;
-        });
+        const std::vector<ZEK_Window*> windows = ZEK_Window::windows();
+        const auto found = std::find_if(windows.begin(), windows.end(), std::mem_fn(&QWidget::isVisible));
         return found != windows.end() && save(name, **found);
     }
 
     bool saveHelp(const std::string& name)
     {
         std::string problem;
-        const auto book = HelpBook::open(MainBundleResources() + "/ZEK Velmora Help.help", problem);
+        const auto book = HelpBook::open(HelpBookFolder(), problem);
         if (!book)
             return false;
         HelpWindow window(*book);

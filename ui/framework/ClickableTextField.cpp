@@ -1,5 +1,6 @@
 #include "ui/framework/ClickableTextField.h"
 
+#include "ui/framework/KeyEquivalent.h"
 #include "ui/framework/OpenURL.h"
 #include "util/CFText.h"
 
@@ -20,10 +21,7 @@ QFont LinkFont()
     return font;
 }
 
-bool IsOpeningKey(const QKeyEvent& event)
-{
-    return event.key() == Qt::Key_Space || event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
-}
+bool IsOpeningKey(const QKeyEvent& event) { return event.key() == Qt::Key_Space || IsReturnKey(event); }
 
 }
 

@@ -57,6 +57,8 @@ Rect Frame(const QWidget& view) { return Points(view.geometry(), ContainerHeight
 
 void SetFrame(QWidget& view, const Rect& frame) { view.setGeometry(Pixels(frame, ContainerHeight(view))); }
 
+QSizeF FittingSize(const QWidget& view) { return QSizeF(view.sizeHint()) / PixelsPerPoint(); }
+
 Rect Frame(const ZEK_Window& window)
 {
     return Points({ window.pos(), window.contentSize() }, ScreenHeight());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QSizeF>
+
 class QWidget;
 class ZEK_Window;
 
@@ -27,6 +29,9 @@ double PixelsPerPoint();
 /// A view's frame, relative to its parent's lower left corner.
 Rect Frame(const QWidget& view);
 void SetFrame(QWidget& view, const Rect& frame);
+
+/// The size that the view itself asks for, in points.
+QSizeF FittingSize(const QWidget& view);
 
 /// A window's frame on the primary screen. Its size is that of the content view: title bar and menu bar belong to the
 /// desktop, and may come and go. Setting it lets the views in the window follow at once.

@@ -9,14 +9,20 @@
 #include <cstring>
 #include <vector>
 
+std::string HelpBookFolder()
+{
+    const std::string name = StdString(MainBundleText(CFSTR("CFBundleHelpBookFolder")));
+    return name.empty() ? "" : MainBundleResources() + "/" + name;
+}
+
 bool ShowHelp(const std::string& anchor)
 {
-    const std::string folder = StdString(MainBundleText(CFSTR("CFBundleHelpBookFolder")));
+    const std::string folder = HelpBookFolder();
     if (folder.empty()) {
         std::fprintf(stderr, "the application has no help book\n");
         return false;
     }
-    std::vector<std::string> command = HostHelpCommand(MainBundleResources() + "/" + folder, anchor);
+    std::vector<std::string> command = HostHelpCommand(folder, anchor);
     const std::string viewer = command.front();
     command.erase(command.begin());
     const int error = LaunchDetached(viewer, command);

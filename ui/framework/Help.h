@@ -2,7 +2,10 @@
 
 #include <string>
 
-/// Opens the application's help book, which its information file names, in the system's help viewer.
+/// The folder of the application's help book, which its information file names; "" when it has none.
+std::string HelpBookFolder();
+
+/// Opens the application's help book in the system's help viewer.
 /// @param anchor where to open it; "" for the start page. @return false, with a message on standard error, when there is no
 /// such book or no viewer.
 bool ShowHelp(const std::string& anchor);

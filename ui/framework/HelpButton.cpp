@@ -1,5 +1,7 @@
 #include "ui/framework/HelpButton.h"
 
+#include "util/Bundle.h"
+
 #include <QPainter>
 
 HelpButton::HelpButton(QWidget* parent)
@@ -7,6 +9,7 @@ HelpButton::HelpButton(QWidget* parent)
 {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
+    setAccessibleName(QString::fromStdString(LocalizedString(CFSTR("kHelpButton"))));
 }
 
 QSize HelpButton::sizeHint() const

@@ -2,7 +2,7 @@
 
 #include <QAbstractButton>
 
-/// The round button with a question mark that opens the help.
+/// The round button with a question mark that opens the help, named so for who cannot see it.
 class HelpButton : public QAbstractButton {
     Q_OBJECT
 

@@ -1,12 +1,16 @@
 #include "ui/framework/KeyEquivalent.h"
 
 #include <QApplication>
-#include <QEvent>
+#include <QKeyEvent>
 #include <QPushButton>
 #include <QShortcut>
 #include <QThread>
+#include <algorithm>
+#include <array>
 
 namespace {
+
+constexpr std::array kReturnKeys { Qt::Key_Return, Qt::Key_Enter };
 
 /// Fills the button with the accent colour while it can be pressed, as desktops show default buttons. The button's own.
 class Accent : public QObject {
@@ -45,12 +49,17 @@ private:
 
 }
 
+bool IsReturnKey(const QKeyEvent& event)
+{
+    return std::find(kReturnKeys.begin(), kReturnKeys.end(), event.key()) != kReturnKeys.end();
+}
+
 void SetReturnKeyEquivalent(QPushButton& button)
 {
     button.setDefault(true);
     button.setFocus();
     new Accent(button);
-    for (const Qt::Key key : { Qt::Key_Return, Qt::Key_Enter }) { // Enter is the numeric keypad's
+    for (const Qt::Key key : kReturnKeys) {
         auto* const shortcut = new QShortcut(key, &button);
         shortcut->setAutoRepeat(false); // the key may still be held from the window before
         QObject::connect(shortcut, &QShortcut::activated, &button, [&button] {

@@ -40,8 +40,8 @@ float SizeToFit(QWidget* control, bool anchorLeft, float offset)
         return offset;
     Rect frame = Frame(*control);
     const double oldWidth = frame.width;
-    frame.width = control->sizeHint().width() / PixelsPerPoint();
-    frame.height = control->sizeHint().height() / PixelsPerPoint();
+    frame.width = FittingSize(*control).width();
+    frame.height = FittingSize(*control).height();
     if (qobject_cast<QAbstractButton*>(control) != nullptr)
         frame.width = ButtonWidth(frame, oldWidth);
     const double growth = frame.width - oldWidth;

@@ -114,7 +114,6 @@ void ZEK_DialogWindowController::awakeFromNib()
     setSuppressDialogText();
     if (fHelpButtonPtr == nullptr)
         return;
-    fHelpButtonPtr->setAccessibleName(Text(LocalizedString(CFSTR("kHelpButton"))));
     connectAction(fHelpButtonPtr, [this] { helpButtonClicked(); });
     if (runningPrelogin())
         fHelpButtonPtr->hide();
@@ -187,8 +186,8 @@ float ZEK_DialogWindowController::setTitle()
     font.setBold(true);
     fTitlePtr->setFont(font);
     fTitlePtr->setText(Text(*fTitleStringPtr));
-    frame.width = fTitlePtr->sizeHint().width() / PixelsPerPoint();
-    frame.height = fTitlePtr->sizeHint().height() / PixelsPerPoint();
+    frame.width = FittingSize(*fTitlePtr).width();
+    frame.height = FittingSize(*fTitlePtr).height();
     SetFrame(*fTitlePtr, frame);
     return std::max(0.0F, static_cast<float>(frame.width - oldWidth));
 }

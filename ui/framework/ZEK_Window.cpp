@@ -4,8 +4,8 @@
 #include "ui/framework/ZEK_WindowController.h"
 #include "util/CFText.h"
 
+#include <QApplication>
 #include <QCloseEvent>
-#include <QGuiApplication>
 #include <QMenuBar>
 #include <QScreen>
 
@@ -47,6 +47,16 @@ ZEK_Window::ZEK_Window(QWidget* parent)
 {
     fCloseKey.setSingleShot(true);
     connect(&fCloseKey, &QTimer::timeout, this, &ZEK_Window::actAsCloseKey);
+}
+
+std::vector<ZEK_Window*> ZEK_Window::windows()
+{
+    std::vector<ZEK_Window*> windows;
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+        if (auto* const window = qobject_cast<ZEK_Window*>(widget))
+            windows.push_back(window);
+    }
+    return windows;
 }
 
 QWidget* ZEK_Window::contentView() const

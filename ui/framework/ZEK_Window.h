@@ -3,6 +3,7 @@
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
+#include <vector>
 
 class QMenuBar;
 class ZEK_WindowController;
@@ -25,6 +26,9 @@ class ZEK_Window : public QWidget {
 
 public:
     explicit ZEK_Window(QWidget* parent = nullptr);
+
+    /// All windows of the application, open or not. Deleting one leaves the others.
+    static std::vector<ZEK_Window*> windows();
 
     /// The view named "contentView"; null when the nib has none.
     QWidget* contentView() const;

@@ -97,8 +97,9 @@ void InstallWindowController::connectOutlets(Nib& nib)
     connectAction(fInstallButtonPtr, [this] { installButtonClicked(); });
     connectAction(fCancelButtonPtr, [this] { cancelButtonClicked(); });
     connectAction(fInvisibleCloseButtonPtr, [this] { handleCloseKeyEquivalent(); });
-    nib.connectOptionalOutlet("helpButton", fHelpButton);
-    connectAction(fHelpButton, [this] { helpButtonClicked(); });
+    HelpButton* helpButton = nullptr;
+    nib.connectOptionalOutlet("helpButton", helpButton);
+    connectAction(helpButton, [this] { helpButtonClicked(); });
 }
 
 void InstallWindowController::awakeFromNib()
@@ -113,8 +114,6 @@ void InstallWindowController::awakeFromNib()
     const bool driverPresent = driver != nullptr && driver->driverPresent();
     fHighPoweredPortsStatusPtr->setText(Localized(driverPresent ? CFSTR("Enabled") : CFSTR("Disabled")));
     setUsageDataRows();
-    if (fHelpButton != nullptr)
-        fHelpButton->setAccessibleName(Localized(CFSTR("kHelpButton")));
 }
 
 void InstallWindowController::setButtons(bool restartMightBeRequired)

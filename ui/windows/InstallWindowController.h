@@ -3,7 +3,6 @@
 #include "ui/framework/ZEK_WindowController.h"
 
 class ClickableTextField;
-class HelpButton;
 class InvisibleButton;
 class QCheckBox;
 class QLabel;
@@ -53,5 +52,4 @@ private:
     QLabel* fSendUsageDataPromptPtr = nullptr;
     QPushButton* fInstallButtonPtr = nullptr;
     QPushButton* fCancelButtonPtr = nullptr;
-    HelpButton* fHelpButton = nullptr;
 };

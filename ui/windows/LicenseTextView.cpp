@@ -1,6 +1,7 @@
 #include "ui/windows/LicenseTextView.h"
 
 #include "ui/framework/Geometry.h"
+#include "ui/framework/KeyEquivalent.h"
 #include "ui/framework/OpenURL.h"
 #include "ui/framework/rtf/Rtf.h"
 
@@ -9,15 +10,6 @@
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QTextFrame>
-
-namespace {
-
-bool IsOpeningKey(const QKeyEvent& event)
-{
-    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
-}
-
-}
 
 LicenseTextView::LicenseTextView(QWidget* parent)
     : QTextBrowser(parent)
@@ -39,7 +31,7 @@ bool LicenseTextView::event(QEvent* event)
 {
     const bool isOnLink = textCursor().hasSelection() && textCursor().charFormat().isAnchor();
     if (event->type() == QEvent::ShortcutOverride && isOnLink
-        && IsOpeningKey(*static_cast<QKeyEvent*>(event))) {
+        && IsReturnKey(*static_cast<QKeyEvent*>(event))) {
         event->accept();
         return true;
     }

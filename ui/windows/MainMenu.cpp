@@ -18,11 +18,6 @@ namespace {
 /// The size of the window that holds nothing but the menu, in points, without the bar.
 constexpr Rect kMenuWindowFrame { 0, 0, 320, 0 };
 
-bool IsOpen(const QWidget& window)
-{
-    return window.isVisible() && qobject_cast<const ZEK_Window*>(&window) != nullptr;
-}
-
 }
 
 MainMenu::MainMenu()
@@ -118,9 +113,9 @@ void MainMenu::makeMenuWindow()
 
 void MainMenu::updateMenuWindow()
 {
-    const QWidgetList windows = QApplication::topLevelWidgets();
+    const std::vector<ZEK_Window*> windows = ZEK_Window::windows();
     const bool otherIsOpen = std::any_of(windows.begin(), windows.end(),
-        [this](const QWidget* window) { return window != fMenuWindow.get() && IsOpen(*window); });
+        [this](const ZEK_Window* window) { return window != fMenuWindow.get() && window->isVisible(); });
     const bool isShown = fMenuWindow != nullptr && fMenuWindow->isVisible();
     if (otherIsOpen == !isShown)
         return;
