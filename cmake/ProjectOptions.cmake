@@ -16,10 +16,16 @@ if(NOT APPLE)
 endif()
 include_directories(${PROJECT_SOURCE_DIR})
 
+# What tests are started with: this build's tools, and neither a bus nor a start-up volume unless they make one themselves,
+# least of all the machine's own.
+set(ZEK_TEST_ENVIRONMENT HOST_TOOLS_FOLDER=${CMAKE_BINARY_DIR}/mac-tools ZEK_STARTUP_VOLUME=${CMAKE_BINARY_DIR}/no-volume
+    DBUS_SESSION_BUS_ADDRESS=none: DBUS_SYSTEM_BUS_ADDRESS=none:)
+
 # zek_test(name SOURCES... LIBRARIES...): one GoogleTest program, each of its tests known to ctest by name.
 function(zek_test name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120
+        ENVIRONMENT "${ZEK_TEST_ENVIRONMENT}")
 endfunction()
