@@ -5,6 +5,7 @@
 #include "util/Launch.h"
 
 #include <Host/HostDisplay.h>
+#include <Host/HostHomeFolders.h>
 #include <Host/HostPath.h>
 #include <cstdio>
 
@@ -15,6 +16,23 @@ std::string VersionLine()
 {
     return StdString(MainBundleText(CFSTR("CFBundleName"))) + " "
         + StdString(MainBundleText(CFSTR("CFBundleShortVersionString"))) + "\n";
+}
+
+int ShowWindows(int argc, char* argv[])
+{
+    if (!HostHasDisplay()) {
+        std::fprintf(
+            stderr, "zek-velmora-installer: there is no display for windows\n%s", UsageText().c_str());
+        return static_cast<int>(Outcome::usage);
+    }
+    const HostHomeFolders folders;
+    return RunWithWindows(argc, argv);
+}
+
+int CarryOut(const Options& options)
+{
+    const HostHomeFolders folders;
+    return static_cast<int>(RunUnattended(options));
 }
 
 }
@@ -31,18 +49,16 @@ int main(int argc, char* argv[])
     }
     switch (options->command) {
     case Options::Command::windows:
-        if (HostHasDisplay())
-            return RunWithWindows(argc, argv);
-        std::fprintf(
-            stderr, "zek-velmora-installer: there is no display for windows\n%s", UsageText().c_str());
-        return static_cast<int>(Outcome::usage);
+        return ShowWindows(argc, argv);
     case Options::Command::help:
         std::fputs(UsageText().c_str(), stdout);
         return 0;
     case Options::Command::version:
         std::fputs(VersionLine().c_str(), stdout);
         return 0;
-    default:
+    case Options::Command::status:
         return static_cast<int>(RunUnattended(*options));
+    default:
+        return CarryOut(*options);
     }
 }

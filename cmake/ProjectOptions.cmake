@@ -16,10 +16,10 @@ if(NOT APPLE)
 endif()
 include_directories(${PROJECT_SOURCE_DIR})
 
-# What tests are started with: this build's tools, and neither a bus nor a start-up volume unless they make one themselves,
-# least of all the machine's own.
+# What tests are started with: this build's tools, a user who agrees to changes of an own volume, and neither a bus nor a
+# start-up volume unless they make one themselves, least of all the machine's own.
 set(ZEK_TEST_ENVIRONMENT HOST_TOOLS_FOLDER=${CMAKE_BINARY_DIR}/mac-tools ZEK_STARTUP_VOLUME=${CMAKE_BINARY_DIR}/no-volume
-    DBUS_SESSION_BUS_ADDRESS=none: DBUS_SYSTEM_BUS_ADDRESS=none:)
+    DBUS_SESSION_BUS_ADDRESS=none: DBUS_SYSTEM_BUS_ADDRESS=none: SECURITY_AGENT_ANSWER=allow)
 
 # zek_test(name SOURCES... LIBRARIES...): one GoogleTest program, each of its tests known to ctest by name.
 function(zek_test name)

@@ -2,6 +2,9 @@
 
 #include "MacErrors.h"
 #include "RestartRequest.h"
+#include "SystemRestart.h"
+
+#include <Host/HostPath.h>
 
 #include <algorithm>
 #include <cstring>
@@ -114,5 +117,5 @@ OSStatus AESendMessage(const AppleEvent* event, AppleEvent* reply, AESendMode se
         return procNotFound;
     if (record.eventClass != kCoreEventClass || record.eventID != kAERestart)
         return errAEEventNotHandled;
-    return RecordRestartRequest();
+    return HostStartupVolumeIsSystems() ? RestartSystem() : RecordRestartRequest();
 }

@@ -73,14 +73,15 @@ OSErr AECreateAppleEvent(AEEventClass theAEEventClass, AEEventID theAEEventID, c
 
 /// Sends an event to the process it names as its target, by serial number.
 ///
-/// kAERestart to the system: a start-up volume that is only a folder cannot restart. That one is wanted is
-/// recorded in the property list HostRestartRequestPath(): Requested, a date; ProcessID, an integer; Program,
-/// the sending program's path. A request that is there already is replaced.
+/// kAERestart to the system restarts the computer where the start-up volume is the system's: the host's login manager
+/// is asked, which may ask the user, and this returns when that is decided. Any other volume is only a folder, which
+/// cannot restart. That one is wanted is recorded in the property list HostRestartRequestPath(): Requested, a date;
+/// ProcessID, an integer; Program, the sending program's path. A request that is there already is replaced.
 /// @param reply overwritten with a null descriptor: no event is replied to. May be null with kAENoReply.
 /// @param sendMode kAENoReply, kAECanSwitchLayer. @param timeOutInTicks of no meaning without a reply.
 /// @return noErr, also for a restart that is yet to come; paramErr, null; errAENotAppleEvent; procNotFound,
-/// the target is not the system; errAEEventNotHandled, the system knows no such event; permErr, ioErr: the
-/// request could not be recorded; memFullErr.
+/// the target is not the system, or nobody restarts it; errAEEventNotHandled, the system knows no such event;
+/// permErr, ioErr: the restart was refused, or the request could not be recorded; memFullErr.
 OSStatus AESendMessage(const AppleEvent* event, AppleEvent* reply, AESendMode sendMode, long timeOutInTicks);
 
 } // extern "C"

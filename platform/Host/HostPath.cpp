@@ -55,6 +55,7 @@ std::string HostHomeFolder()
 #if __APPLE__
 
 std::string HostStartupVolume() { return {}; }
+bool HostStartupVolumeIsSystems() { return true; }
 std::string HostToolsFolder() { return {}; }
 std::string HostPath(const std::string& macPath) { return macPath; }
 void HostEnterHome() { }
@@ -108,6 +109,13 @@ std::string HostStartupVolume()
 {
     const std::string volume = FolderFromEnvironment("ZEK_STARTUP_VOLUME");
     return volume.empty() ? HOST_DEFAULT_STARTUP_VOLUME : volume;
+}
+
+bool HostStartupVolumeIsSystems()
+{
+    struct stat info = {};
+    return HostStartupVolume() == HOST_DEFAULT_STARTUP_VOLUME && stat(HOST_DEFAULT_STARTUP_VOLUME, &info) == 0
+        && S_ISDIR(info.st_mode) && info.st_uid == 0;
 }
 
 std::string HostToolsFolder()

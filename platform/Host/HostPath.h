@@ -9,6 +9,10 @@
 /// need no mapping.
 std::string HostStartupVolume();
 
+/// Whether the start-up volume is the system's: the one fixed when this was built, belonging to root. What changes it
+/// then changes the computer; any other volume is only a folder. On a Mac true.
+bool HostStartupVolumeIsSystems();
+
 /// The folder of the programs that stand in for a Mac's: HOST_TOOLS_FOLDER, read and ignored like the volume,
 /// else the one fixed when this was built.
 /// @return an absolute path without a trailing slash; on a Mac "".

@@ -1,6 +1,7 @@
 #include <Security/Authorization.h>
 
 #include "RightDecision.h"
+#include "TextAgent.h"
 #include "ToolCheck.h"
 #include "ToolLaunch.h"
 
@@ -176,10 +177,14 @@ OSStatus Execute(Session& session, const char* pathToTool, char* const* argument
         kAuthorizationFlagExtendRights | kAuthorizationFlagInteractionAllowed, granted);
     if (status != errAuthorizationSuccess)
         return status;
-    const Descriptor tool = OpenTrustedTool(HostPath(pathToTool), CallerOwnsStartupVolume());
+    const Authority authority = AuthorityOverVolume();
+    const Descriptor tool = OpenTrustedTool(HostPath(pathToTool), authority == Authority::owner);
     if (!tool)
         return errAuthorizationToolExecuteFailure;
-    return StartTool(tool, pathToTool, arguments, communicationsPipe);
+    if (authority != Authority::system)
+        return StartTool(tool, pathToTool, arguments, communicationsPipe);
+    const TextAgent agent(true);
+    return StartToolAsRoot(tool, arguments, communicationsPipe);
 }
 
 /// Exceptions, which only short memory causes, end here.

@@ -7,9 +7,13 @@
 #include <cstdio>
 
 // Asking for rights and running a tool with them. A reference stands for what a program was allowed to do;
-// rights are asked for by name. The effective user 0 holds every right; whoever owns the start-up volume's
-// folder may run tools (kAuthorizationRightExecute), since they can do nothing there that he could not;
-// everybody else is refused. All functions may be called from any thread.
+// rights are asked for by name, and a refusal is never remembered: the next try asks again. All functions may be
+// called from any thread, and wait for the user where they may ask.
+//
+// The effective user 0 holds every right. For others there is kAuthorizationRightExecute: on the system's start-up
+// volume polkit decides, by the rules and the password of an administrator; on a volume that is the caller's own
+// folder, where the tools can do nothing that the caller could not, the user only has to confirm it. Everybody else
+// is refused.
 
 /// Opaque; only ever compared with the references that were handed out, so a stale one does no harm.
 using AuthorizationRef = const struct AuthorizationOpaqueRef*;
@@ -52,7 +56,8 @@ enum : OSStatus {
     errAuthorizationInvalidPointer = -60004, ///< a null where there may be none
     errAuthorizationDenied = -60005,
     errAuthorizationCanceled = -60006, ///< by the user
-    errAuthorizationInteractionNotAllowed = -60007,
+    errAuthorizationInteractionNotAllowed
+    = -60007, ///< somebody would have to be asked, and may not be or cannot be
     errAuthorizationInternal = -60008, ///< memory or another means of the host is short
     errAuthorizationExternalizeNotAllowed = -60009,
     errAuthorizationInternalizeNotAllowed = -60010,
@@ -104,17 +109,17 @@ OSStatus AuthorizationMakeExternalForm(AuthorizationRef authorization, Authoriza
 OSStatus AuthorizationCreateFromExternalForm(
     const AuthorizationExternalForm* extForm, AuthorizationRef* authorization);
 
-/// Starts a tool with the effective user's rights (root, or on a volume of one's own the owner) and does not
-/// wait for it; how it ends cannot be learnt, and it leaves no zombie. Asks for kAuthorizationRightExecute if
-/// not held yet.
+/// Starts a tool as root, or on a volume of one's own as its owner, and does not wait for it; how it ends cannot be
+/// learnt, and it leaves no zombie. Asks for kAuthorizationRightExecute if not held yet.
 ///
 /// The tool must be an executable binary that, like every folder above it, belongs to root (or to the caller,
 /// on a start-up volume that is the caller's) and that nobody else can write or replace; links in the path
 /// are resolved first. It runs in a session of its own, with descriptors 0 to 2 only: input empty, output and
-/// errors the caller's. Of the environment it gets the locale and, if the caller's real user and group are
-/// the effective ones, the folders that Mac paths are mapped to.
+/// errors the caller's. Of the environment it gets the locale and, unless that would let a caller with fewer rights
+/// choose them, the folders that Mac paths are mapped to.
 ///
-/// @param pathToTool Mac path; the tool's argv[0]. @param options kAuthorizationFlagDefaults.
+/// @param pathToTool Mac path; the tool's argv[0], with links resolved where pkexec starts it.
+/// @param options kAuthorizationFlagDefaults.
 /// @param arguments argv from 1 on, ended by null; null for none.
 /// @param communicationsPipe receives a stream connected to the tool's input and output, which the caller
 /// closes; null for none.

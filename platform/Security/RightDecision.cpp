@@ -1,21 +1,72 @@
 #include "RightDecision.h"
 
+#include "Confirmation.h"
+#include "Polkit.h"
+#include "TextAgent.h"
+
 #include <Host/HostPath.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-bool CallerOwnsStartupVolume()
+namespace {
+
+OSStatus AskOwner()
 {
-    struct stat volume = {};
-    return geteuid() != 0 && stat(HostStartupVolume().c_str(), &volume) == 0 && volume.st_uid == geteuid();
+    switch (AskForConfirmation()) {
+    case Confirmation::given:
+        return errAuthorizationSuccess;
+    case Confirmation::refused:
+        return errAuthorizationCanceled;
+    case Confirmation::impossible:
+        return errAuthorizationInteractionNotAllowed;
+    }
+    return errAuthorizationDenied;
 }
 
-OSStatus DecideRight(const std::string& right, [[maybe_unused]] bool mayInteract)
+OSStatus AskSystem(const std::string& right, bool mayInteract)
+{
+    const TextAgent agent(mayInteract);
+    switch (AskPolkit(PolkitAction(right), mayInteract)) {
+    case PolkitAnswer::granted:
+        return errAuthorizationSuccess;
+    case PolkitAnswer::dismissed:
+        return errAuthorizationCanceled;
+    case PolkitAnswer::noAgent:
+        return errAuthorizationInteractionNotAllowed;
+    case PolkitAnswer::denied:
+    case PolkitAnswer::unavailable:
+        return errAuthorizationDenied;
+    }
+    return errAuthorizationDenied;
+}
+
+}
+
+Authority AuthorityOverVolume()
 {
     if (geteuid() == 0)
+        return Authority::caller;
+    if (HostStartupVolumeIsSystems())
+        return Authority::system;
+    struct stat volume = {};
+    const bool isOwn = stat(HostStartupVolume().c_str(), &volume) == 0 && volume.st_uid == geteuid();
+    return isOwn ? Authority::owner : Authority::nobody;
+}
+
+OSStatus DecideRight(const std::string& right, bool mayInteract)
+{
+    const Authority authority = AuthorityOverVolume();
+    if (authority == Authority::caller)
         return errAuthorizationSuccess;
-    if (right == kAuthorizationRightExecute && CallerOwnsStartupVolume())
-        return errAuthorizationSuccess;
-    return errAuthorizationDenied;
+    if (right != kAuthorizationRightExecute)
+        return errAuthorizationDenied;
+    switch (authority) {
+    case Authority::owner:
+        return mayInteract ? AskOwner() : errAuthorizationInteractionNotAllowed;
+    case Authority::system:
+        return AskSystem(right, mayInteract);
+    default:
+        return errAuthorizationDenied;
+    }
 }

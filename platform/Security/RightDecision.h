@@ -4,10 +4,18 @@
 
 #include <string>
 
-/// Whether this process may have a right that it does not hold yet: the one place where that is decided.
-/// @param mayInteract the user may be asked.
-/// @return errAuthorizationSuccess or the reason for the refusal.
-OSStatus DecideRight(const std::string& right, bool mayInteract);
+/// Whose rights it takes to change the start-up volume.
+enum class Authority {
+    caller, ///< the caller is root
+    owner, ///< the volume's folder is the caller's own: nothing happens there that the caller could not do
+    system, ///< the volume is the system's
+    nobody ///< a folder of somebody else
+};
+Authority AuthorityOverVolume();
 
-/// The effective user is not root and owns the start-up volume's folder.
-bool CallerOwnsStartupVolume();
+/// Whether this process may have a right that it does not hold yet: the one place where that is decided.
+/// @param mayInteract the user may be asked, and is waited for.
+/// @return errAuthorizationSuccess; errAuthorizationCanceled when the user declined;
+/// errAuthorizationInteractionNotAllowed when the user would have to be asked, and may not be or cannot be; else
+/// errAuthorizationDenied.
+OSStatus DecideRight(const std::string& right, bool mayInteract);

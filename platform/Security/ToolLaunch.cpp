@@ -2,16 +2,22 @@
 
 #include <Host/ProgramStart.h>
 
+#include <array>
+#include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <fstream>
 #include <grp.h>
+#include <initializer_list>
 #include <string>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -21,10 +27,10 @@ constexpr const char* kSystemPath = "PATH=/usr/bin:/bin:/usr/sbin:/sbin";
 /// Everything the child needs, made before it exists: between fork and exec of a program with threads, memory
 /// cannot be had. The descriptors are above 2.
 struct Launch {
-    int tool;
+    int program;
     int null;
     int stream; ///< the tool's end, or -1
-    int report; ///< where the errno goes if the tool cannot be executed; closed when it can
+    int report; ///< where the errno goes if the program cannot be executed; closed when it can
     char* const* arguments;
     char* const* environment;
 };
@@ -83,42 +89,50 @@ bool ConnectStandard(const Launch& launch)
 /// Root not only in effect, or shells would take the rights away again, and no groups of the caller's.
 bool BecomeRoot() { return setgroups(0, nullptr) == 0 && setresgid(0, 0, 0) == 0 && setresuid(0, 0, 0) == 0; }
 
-[[noreturn]] void RunTool(const Launch& launch)
+[[noreturn]] void Execute(const Launch& launch)
 {
-    umask(S_IWGRP | S_IWOTH);
-    if (ConnectStandard(launch) && (geteuid() != 0 || BecomeRoot())) {
-        ResetSignals();
-        fexecve(launch.tool, launch.arguments, launch.environment);
-    }
+    ResetSignals();
+    fexecve(launch.program, launch.arguments, launch.environment);
     Fail(launch);
 }
 
 /// The tool is a grandchild, so that it is the system's to reap, not ours.
-[[noreturn]] void RunChild(const Launch& launch)
+[[noreturn]] void RunTool(const Launch& launch)
 {
     setsid();
     const pid_t tool = fork();
-    if (tool < 0)
+    if (tool > 0)
+        _exit(0);
+    umask(S_IWGRP | S_IWOTH);
+    if (tool < 0 || !ConnectStandard(launch) || (geteuid() == 0 && !BecomeRoot()))
         Fail(launch);
-    if (tool == 0)
-        RunTool(launch);
-    _exit(0);
+    Execute(launch);
+}
+
+/// pkexec has to be our child: whether the tool may be run is asked about its parent. It keeps what it inherits open
+/// until it executes the tool, so the report tells of that, too.
+[[noreturn]] void RunPkexec(const Launch& launch)
+{
+    setsid();
+    if (!ConnectStandard(launch) || fcntl(launch.report, F_SETFD, 0) != 0)
+        Fail(launch);
+    Execute(launch);
 }
 
 /// Forks with signals held back: a handler of the caller's must not run in the child.
-pid_t ForkChild(const Launch& launch)
+pid_t ForkChild(const Launch& launch, void (*run)(const Launch&))
 {
     sigset_t all, before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
     const pid_t child = fork();
     if (child == 0)
-        RunChild(launch);
+        run(launch);
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return child;
 }
 
-/// @return whether the tool's end of the pipe was closed by its execution, with nothing said before.
+/// Waits until the program's end of the pipe is closed. @return whether nothing was said before.
 bool WasExecuted(const Descriptor& report)
 {
     int error = 0;
@@ -127,6 +141,36 @@ bool WasExecuted(const Descriptor& report)
         got = read(report.get(), &error, sizeof(error));
     while (got < 0 && errno == EINTR);
     return got == 0;
+}
+
+void Reap(pid_t child)
+{
+    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR)
+        continue;
+}
+
+bool IsPkexec(pid_t child)
+{
+    std::ifstream file("/proc/" + std::to_string(child) + "/comm");
+    std::string name;
+    std::getline(file, name);
+    return name == "pkexec";
+}
+
+/// @param child pkexec, whose report has ended: it has just executed the tool, or is just about to end.
+OSStatus OutcomeOfPkexec(pid_t child)
+{
+    constexpr int dismissed = 126;
+    constexpr int refused = 127;
+    siginfo_t end {};
+    while (waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOHANG | WNOWAIT) == 0 && end.si_pid == 0
+        && IsPkexec(child))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    if (end.si_pid == 0 || end.si_code != CLD_EXITED)
+        return errAuthorizationSuccess;
+    if (end.si_status == dismissed)
+        return errAuthorizationCanceled;
+    return end.si_status == refused ? errAuthorizationDenied : errAuthorizationSuccess;
 }
 
 /// The descriptors of one start. All are closed when a program is executed.
@@ -155,38 +199,83 @@ struct Ends {
     }
 };
 
-} // namespace
+OSStatus FinishTool(pid_t child, const Descriptor& report)
+{
+    Reap(child);
+    return WasExecuted(report) ? errAuthorizationSuccess : errAuthorizationToolExecuteFailure;
+}
 
-OSStatus StartTool(
-    const Descriptor& lowTool, const char* name, char* const* arguments, FILE** communicationsPipe)
+OSStatus FinishPkexec(pid_t child, const Descriptor& report)
+{
+    const bool wasExecuted = WasExecuted(report);
+    const OSStatus status = wasExecuted ? OutcomeOfPkexec(child) : errAuthorizationToolExecuteFailure;
+    // The tool took pkexec's place; it ends when it likes.
+    std::thread(Reap, child).detach();
+    return status;
+}
+
+/// How a program is run, and how its start is seen.
+struct Manner {
+    void (*run)(const Launch&); ///< in the child; does not return
+    OSStatus (*finish)(pid_t child, const Descriptor& report); ///< in the parent; sees to the child's reaping
+};
+constexpr Manner kDirectly { RunTool, FinishTool };
+constexpr Manner kThroughPkexec { RunPkexec, FinishPkexec };
+
+OSStatus Start(const Descriptor& lowProgram, std::vector<char*> arguments, std::vector<std::string> variables,
+    FILE** communicationsPipe, const Manner& manner)
 {
     Ends ends;
-    const Descriptor tool = AboveStandard(lowTool);
-    if (!tool || !ends.open(communicationsPipe != nullptr))
+    const Descriptor program = AboveStandard(lowProgram);
+    if (!program || !ends.open(communicationsPipe != nullptr))
         return errAuthorizationInternal;
-    std::vector<char*> argumentList { const_cast<char*>(name) };
-    for (; arguments != nullptr && *arguments != nullptr; ++arguments)
-        argumentList.push_back(*arguments);
-    argumentList.push_back(nullptr);
-    std::vector<std::string> variables = ToolEnvironment();
     const std::vector<char*> environment = PointersTo(variables);
     FILE* const file = communicationsPipe != nullptr ? fdopen(ends.stream.get(), "r+") : nullptr;
     if (file != nullptr)
         ends.stream.release();
     else if (communicationsPipe != nullptr)
         return errAuthorizationInternal;
-    const Launch launch { tool.get(), ends.null.get(), ends.toolStream.get(), ends.reportWriter.get(),
-        argumentList.data(), environment.data() };
-    const pid_t child = ForkChild(launch);
+    const Launch launch { program.get(), ends.null.get(), ends.toolStream.get(), ends.reportWriter.get(),
+        arguments.data(), environment.data() };
+    const pid_t child = ForkChild(launch, manner.run);
     ends.reportWriter.close();
-    while (child > 0 && waitpid(child, nullptr, 0) < 0 && errno == EINTR)
-        continue;
-    const bool isRunning = child > 0 && WasExecuted(ends.reportReader);
-    if (isRunning && communicationsPipe != nullptr)
+    const OSStatus status = child > 0 ? manner.finish(child, ends.reportReader)
+                                      : static_cast<OSStatus>(errAuthorizationInternal);
+    if (status == errAuthorizationSuccess && communicationsPipe != nullptr)
         *communicationsPipe = file;
     else if (file != nullptr)
         (void)std::fclose(file);
-    if (child < 0)
-        return errAuthorizationInternal;
-    return isRunning ? errAuthorizationSuccess : errAuthorizationToolExecuteFailure;
+    return status;
+}
+
+/// @param first arguments that go before those of a list ended by null, which may be null itself.
+std::vector<char*> ArgumentList(std::initializer_list<const char*> first, char* const* rest)
+{
+    std::vector<char*> list;
+    for (const char* each : first)
+        list.push_back(const_cast<char*>(each)); // which exec does not change
+    for (; rest != nullptr && *rest != nullptr; ++rest)
+        list.push_back(*rest);
+    list.push_back(nullptr);
+    return list;
+}
+
+} // namespace
+
+OSStatus StartTool(
+    const Descriptor& tool, const char* name, char* const* arguments, FILE** communicationsPipe)
+{
+    return Start(tool, ArgumentList({ name }, arguments), ToolEnvironment(), communicationsPipe, kDirectly);
+}
+
+OSStatus StartToolAsRoot(const Descriptor& tool, char* const* arguments, FILE** communicationsPipe)
+{
+    // It was found by names that only root can give, so it still has the one that it is opened under.
+    std::array<char, PATH_MAX> path {};
+    const std::string link = "/proc/self/fd/" + std::to_string(tool.get());
+    const Descriptor pkexec(open("/usr/bin/pkexec", O_PATH | O_CLOEXEC));
+    if (!pkexec || readlink(link.c_str(), path.data(), path.size() - 1) < 0)
+        return errAuthorizationToolExecuteFailure;
+    return Start(pkexec, ArgumentList({ "pkexec", "--disable-internal-agent", path.data() }, arguments),
+        ToolEnvironment(), communicationsPipe, kThroughPkexec);
 }

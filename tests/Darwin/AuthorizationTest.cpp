@@ -19,6 +19,8 @@ protected:
     AuthorizationTest()
     {
         setenv("ZEK_STARTUP_VOLUME", folder.path().c_str(), 1);
+        setenv("HOST_TOOLS_FOLDER", (folder / "tools").c_str(), 1);
+        ownerAnswers(0);
         fs::create_directory(bin);
         fs::copy_file(LAUNCH_PROBE, tool);
         EXPECT_EQ(AuthorizationCreate(nullptr, nullptr, kAuthorizationFlagDefaults, &ref), 0);
@@ -35,6 +37,15 @@ protected:
     OSStatus start(const std::string& path, std::vector<std::string> arguments, FILE** stream = nullptr) const
     {
         return AuthorizationExecuteWithPrivileges(ref, path.c_str(), 0, PointersTo(arguments).data(), stream);
+    }
+
+    /// Lets the program that asks a volume's owner end like this, and note what it was told.
+    void ownerAnswers(int status) const
+    {
+        const std::string agent = folder / "tools/SecurityAgent";
+        WriteText(
+            agent, "#!/bin/sh\necho \"$@\" >>" + (folder / "asked") + "\nexit " + std::to_string(status));
+        fs::permissions(agent, fs::perms(0755));
     }
 
     /// @return how the tool was started, or "" when it was not.
@@ -226,4 +237,34 @@ TEST_F(RootAuthorizationTest, StrangersAreRefusedExceptOnVolumesOfTheirOwn)
         AuthorizationFreeItemSet(granted);
         EXPECT_TRUE(Has(report(tool), "user: 65534 65534"));
     });
+}
+
+TEST_F(RootAuthorizationTest, OwnersOfAVolumeAreAskedUntilTheyAgree)
+{
+    for (const std::string& path : { folder.path(), tool })
+        ASSERT_EQ(chown(path.c_str(), kStranger, kStranger), 0);
+    const struct {
+        int exitStatus;
+        OSStatus answer;
+    } refusals[] = { { 1, errAuthorizationCanceled }, { 2, errAuthorizationInteractionNotAllowed },
+        { 127, errAuthorizationInteractionNotAllowed } };
+    for (const auto& refusal : refusals) {
+        ownerAnswers(refusal.exitStatus);
+        AsStranger([&] {
+            EXPECT_EQ(ask(), refusal.answer);
+            EXPECT_EQ(start(tool, {}), refusal.answer) << "which asks again, and starts nothing";
+        });
+    }
+    fs::remove(folder / "tools/SecurityAgent");
+    AsStranger([&] { EXPECT_EQ(ask(), errAuthorizationInteractionNotAllowed); });
+
+    ownerAnswers(0);
+    fs::remove(folder / "asked");
+    AsStranger([&] {
+        EXPECT_EQ(ask(kAuthorizationFlagExtendRights), errAuthorizationInteractionNotAllowed);
+        EXPECT_EQ(ask(), errAuthorizationSuccess);
+        EXPECT_EQ(ask(), errAuthorizationSuccess);
+        EXPECT_NE(report(tool), "");
+    });
+    EXPECT_EQ(ReadText(folder / "asked"), "services_test\n") << "once, in this program's name";
 }
