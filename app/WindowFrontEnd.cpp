@@ -65,6 +65,7 @@ int RunWithWindows(int argc, char* argv[])
 {
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false); // the menu stays
+    QGuiApplication::setDesktopFileName("com.zek.Velmora.Installer"); // where desktops have the icon from
     const int status = Run();
     DeleteOpenWindows();
     return status;

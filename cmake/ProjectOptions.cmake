@@ -10,6 +10,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
     # This compiler warns of overlapping copies inside its own std::string when it optimises "text" + string.
     add_compile_options($<$<CONFIG:Release>:-Wno-restrict>)
 endif()
+# What users get checks its buffers and its stack.
+add_compile_options($<$<CONFIG:Release>:-fstack-protector-strong>)
+add_compile_definitions($<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
 if(NOT APPLE)
     # 64-bit file offsets and the interfaces that the host declares only on request.
     add_compile_definitions(_GNU_SOURCE _FILE_OFFSET_BITS=64)
@@ -21,11 +24,15 @@ include_directories(${PROJECT_SOURCE_DIR})
 set(ZEK_TEST_ENVIRONMENT HOST_TOOLS_FOLDER=${CMAKE_BINARY_DIR}/mac-tools ZEK_STARTUP_VOLUME=${CMAKE_BINARY_DIR}/no-volume
     DBUS_SESSION_BUS_ADDRESS=none: DBUS_SYSTEM_BUS_ADDRESS=none: SECURITY_AGENT_ANSWER=allow)
 
-# zek_test(name SOURCES... LIBRARIES...): one GoogleTest program, each of its tests known to ctest by name.
+# zek_test(name SOURCES... LIBRARIES... [LABEL label]): one GoogleTest program, each of its tests known to ctest by name.
 function(zek_test name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+    cmake_parse_arguments(ARG "" "LABEL" "SOURCES;LIBRARIES" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120
+    set(label)
+    if(ARG_LABEL)
+        set(label LABELS ${ARG_LABEL})
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120 ${label}
         ENVIRONMENT "${ZEK_TEST_ENVIRONMENT}")
 endfunction()

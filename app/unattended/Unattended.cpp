@@ -135,7 +135,8 @@ private:
 
     Outcome failure() const
     {
-        return fStatus == errAuthorizationCanceled ? Outcome::authorizationRefused : Outcome::failed;
+        const bool wasRefused = fStatus == errAuthorizationCanceled || fStatus == errAuthorizationDenied;
+        return wasRefused ? Outcome::authorizationRefused : Outcome::failed;
     }
 
     const Options& fOptions;

@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -121,11 +122,19 @@ bool PreferencesDomain::writeChanges()
     if (!lock || load() != 0)
         return false;
     cf::Owned<CFDictionaryRef> merged(createMerged());
-    if (!CFEqual(merged.get(), fStored.get()) && !replaceFile(merged.get()))
+    const bool isEmpty = CFDictionaryGetCount(merged.get()) == 0;
+    if (!CFEqual(merged.get(), fStored.get())
+        && !(isEmpty ? removeFile(lock.get()) : replaceFile(merged.get())))
         return false;
     fStored = std::move(merged);
     CFDictionaryRemoveAllValues(fChanges.get());
     return true;
+}
+
+bool PreferencesDomain::removeFile(int folder) const
+{
+    const bool isGone = unlink(fPath.c_str()) == 0 || errno == ENOENT;
+    return isGone && (fsync(folder) == 0 || errno == EINVAL); // from file systems that cannot flush a folder
 }
 
 bool PreferencesDomain::replaceFile(CFDictionaryRef values)

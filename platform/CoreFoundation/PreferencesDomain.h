@@ -32,6 +32,8 @@ private:
     int load();
     bool writeChanges();
     bool replaceFile(CFDictionaryRef values);
+    /// What holds nothing is no file. @param folder its folder, open.
+    bool removeFile(int folder) const;
     bool moveDamagedFileAside() const;
     CFMutableDictionaryRef createMerged() const;
 

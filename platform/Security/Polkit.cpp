@@ -16,7 +16,9 @@ namespace {
 constexpr const char* kPolicyFolder = "/usr/share/polkit-1/actions/";
 constexpr const char* kGenericAction = "org.freedesktop.policykit.exec";
 constexpr uint32_t kAllowUserInteraction = 1;
+// Microseconds.
 constexpr uint64_t kAsLongAsTheUserTakes = UINT64_MAX;
+constexpr uint64_t kAsLongAsTheBusAllows = 0;
 
 using Subject = sdbus::Struct<std::string, std::map<std::string, sdbus::Variant>>;
 using Details = std::map<std::string, std::string>;
@@ -85,7 +87,7 @@ try {
     Result result;
     authority->callMethod("CheckAuthorization")
         .onInterface("org.freedesktop.PolicyKit1.Authority")
-        .withTimeout(kAsLongAsTheUserTakes)
+        .withTimeout(mayInteract ? kAsLongAsTheUserTakes : kAsLongAsTheBusAllows)
         .withArguments(
             ThisProcess(), action, Details(), mayInteract ? kAllowUserInteraction : 0, std::string())
         .storeResultsTo(result);
