@@ -4,7 +4,6 @@
 
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace fs = std::filesystem;
 

@@ -75,7 +75,7 @@ fs::path MakeSession()
     std::ofstream(fs::path(kSessions) / "c1")
         << "UID=" << user << "\nUSER=tester\nACTIVE=1\nSTATE=active\nREMOTE=1\n"
         << "TYPE=tty\nCLASS=user\nSCOPE=session-c1.scope\n";
-    const fs::path group = "/sys/fs/cgroup/user.slice/user-" + user + ".slice/session-c1.scope";
+    fs::path group = "/sys/fs/cgroup/user.slice/user-" + user + ".slice/session-c1.scope";
     fs::create_directories(group);
     return group;
 }

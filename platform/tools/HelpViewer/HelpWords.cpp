@@ -1,13 +1,6 @@
 #include "HelpWords.h"
 
-#include "CoreFoundation/Runtime.h"
-
-#include <CoreFoundation/CFArray.h>
-#include <CoreFoundation/CFBundle.h>
-
-#include <algorithm>
-#include <array>
-#include <string>
+#include "UsersWords.h"
 
 namespace {
 
@@ -22,14 +15,4 @@ constexpr std::array<HelpWords, 6> kWords = { {
 
 }
 
-const HelpWords& UsersHelpWords()
-{
-    const cf::Owned<CFMutableArrayRef> languages(
-        CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks));
-    for (const HelpWords& words : kWords)
-        CFArrayAppendValue(languages.get(), cf::Owned<CFStringRef>(cf::MakeString(words.language)).get());
-    const cf::Owned<CFArrayRef> preferred(CFBundleCopyPreferredLocalizationsFromArray(languages.get()));
-    const std::string best = cf::Utf8(static_cast<CFStringRef>(CFArrayGetValueAtIndex(preferred.get(), 0)));
-    return *std::find_if(
-        kWords.begin(), kWords.end(), [&](const HelpWords& words) { return words.language == best; });
-}
+const HelpWords& UsersHelpWords() { return UsersWords(kWords); }
