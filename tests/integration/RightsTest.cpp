@@ -4,6 +4,7 @@
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace fs = std::filesystem;
 
@@ -60,6 +61,22 @@ TEST_F(RightsTest, ReasonsForARefusalAreToldApart)
     EXPECT_EQ(asTester(DISMISSING_AGENT " " RIGHTS_PROBE).output, "-60006\n");
     letPolkitAnswer("YES");
     EXPECT_EQ(asTester(RIGHTS_PROBE).output, "0\n");
+}
+
+TEST_F(RightsTest, ToolsGetTheirArgumentsExactlyAndLeaveNoChildBehind)
+{
+    letPolkitAnswer("YES");
+    EXPECT_EQ(asTester("LD_PRELOAD= ZEK_TEST=1 " RIGHTS_PROBE " " LAUNCH_PROBE
+                       R"( report /tmp/report 'two words' '' -- '$HOME %s "\' '--user')")
+                  .output,
+        "0\n");
+    ASSERT_TRUE(Eventually([] { return fs::exists("/tmp/report"); }));
+    const std::string report = Contents("/tmp/report");
+    EXPECT_THAT(report,
+        HasSubstr("argument: <two words>\nargument: <>\nargument: <-->\n"
+                  "argument: <$HOME %s \"\\>\nargument: <--user>\nvariable"));
+    EXPECT_THAT(report, AllOf(HasSubstr("user: 0 0\n"), HasSubstr("descriptors: 0 1 2\nempty input: 1\n")));
+    EXPECT_THAT(report, Not(HasSubstr("ZEK_TEST")));
 }
 
 TEST_F(RightsTest, AQuestionThatTheUserDismissesEndsTheInstallation)

@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 
 #include <csignal>
@@ -21,10 +23,10 @@ TEST_F(LaunchctlTest, LoadStartsListShowsAndUnloadEndsTheJobAndTheSupervisor)
 {
     const std::string path = writeJob("a.job", runForLong);
     const pid_t job = load(path);
-    EXPECT_EQ(list(), "PID\tStatus\tLabel\n" + std::to_string(job) + "\t0\ta.job\n");
+    EXPECT_EQ(list(), "PID\tStatus\tLabel\tManager\n" + std::to_string(job) + "\t0\ta.job\tlaunchd\n");
     EXPECT_EQ(launchctl({ "list", "a.job" }).out(),
         "{\n\t\"LimitLoadToSessionType\" = \"Aqua\";\n\t\"Label\" = \"a.job\";\n\t\"LastExitStatus\" = 0;\n"
-        "\t\"PID\" = "
+        "\t\"Manager\" = \"launchd\";\n\t\"PID\" = "
             + std::to_string(job) + ";\n\t\"Program\" = \"/bin/sh\";\n};\n");
     const pid_t server = supervisor();
     EXPECT_EQ(launchctl({ "unload", path }).status(), 0);
@@ -32,7 +34,7 @@ TEST_F(LaunchctlTest, LoadStartsListShowsAndUnloadEndsTheJobAndTheSupervisor)
     EXPECT_TRUE(Eventually([&] { return !IsAlive(server); }));
 
     EXPECT_EQ(launchctl({ "list" }).status(), 0);
-    EXPECT_EQ(list(), "PID\tStatus\tLabel\n");
+    EXPECT_EQ(list(), "PID\tStatus\tLabel\tManager\n");
     EXPECT_EQ(launchctl({ "list", "a.job" }).status(), 113);
     Launchctl unload = launchctl({ "unload", path });
     EXPECT_EQ(unload.status(), 113);
@@ -131,10 +133,10 @@ TEST_F(LaunchctlTest, AFolderMeansItsPropertyLists)
     Write(fVolume / "Users/somebody/Library/LaunchAgents/read me.txt", "no property list");
     EXPECT_EQ(launchctl({ "load", "/Users/somebody/Library/LaunchAgents" }).status(), 0);
     EXPECT_EQ(list(),
-        "PID\tStatus\tLabel\n" + std::to_string(notedProcess("a.first", 1))
-            + "\t0\ta.first\n-\t0\tb.second\n");
+        "PID\tStatus\tLabel\tManager\n" + std::to_string(notedProcess("a.first", 1))
+            + "\t0\ta.first\tlaunchd\n-\t0\tb.second\tlaunchd\n");
     EXPECT_EQ(launchctl({ "unload", "/Users/somebody/Library/LaunchAgents" }).status(), 0);
-    EXPECT_EQ(list(), "PID\tStatus\tLabel\n");
+    EXPECT_EQ(list(), "PID\tStatus\tLabel\tManager\n");
 }
 
 TEST_F(LaunchctlTest, AProgramThatCannotRunIsReportedAndStaysListed)
@@ -147,7 +149,7 @@ TEST_F(LaunchctlTest, AProgramThatCannotRunIsReportedAndStaysListed)
     EXPECT_EQ(load.status(), 1);
     EXPECT_THAT(load.error(),
         HasSubstr("a.job is loaded, but its program /nowhere/program could not be executed: No such"));
-    EXPECT_EQ(list(), "PID\tStatus\tLabel\n-\t78\ta.job\n");
+    EXPECT_EQ(list(), "PID\tStatus\tLabel\tManager\n-\t78\ta.job\tlaunchd\n");
     EXPECT_EQ(launchctl({ "unload", "/a.plist" }).status(), 0);
 
     const std::string mute = writeJob(
@@ -161,8 +163,9 @@ TEST_F(LaunchctlTest, TheListTellsHowTheLastRunEnded)
     const std::string failed = writeJob("a.failed", "exit 3");
     const std::string killed = writeJob("b.killed", "kill -KILL $$");
     EXPECT_EQ(launchctl({ "load", failed, killed }).status(), 0);
-    EXPECT_TRUE(Eventually([&] { return list() == "PID\tStatus\tLabel\n-\t3\ta.failed\n-\t-9\tb.killed\n"; }))
-        << list();
+    EXPECT_TRUE(Eventually([&] {
+        return list() == "PID\tStatus\tLabel\tManager\n-\t3\ta.failed\tlaunchd\n-\t-9\tb.killed\tlaunchd\n";
+    })) << list();
 }
 
 TEST_F(LaunchctlTest, JobsInheritNothingButWhatTheyNeed)
@@ -213,4 +216,17 @@ TEST_F(LaunchctlTest, ARuntimeFolderThatOthersCouldUseIsRefused)
     fs::create_directory_symlink(fVolume / "elsewhere", runtimeFolder());
     EXPECT_EQ(launchctl({ "load", path }).status(), 1);
     EXPECT_TRUE(fs::is_empty(fVolume / "elsewhere"));
+}
+
+TEST_F(LaunchctlTest, ABusThatNeverSpeaksHoldsNobodyUp)
+{
+    sockaddr_un address { .sun_family = AF_UNIX, .sun_path = {} };
+    (fTemporary / "bus").string().copy(address.sun_path, sizeof address.sun_path - 1);
+    const Descriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(listener.get(), 5), 0);
+    setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + std::string(address.sun_path)).c_str(), 1);
+    EXPECT_GT(load(writeJob("a.job", runForLong)), 0);
+    setenv("DBUS_SESSION_BUS_ADDRESS", "none:", 1);
+    EXPECT_THAT(list(), HasSubstr("\ta.job\tlaunchd\n"));
 }

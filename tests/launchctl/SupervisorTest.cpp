@@ -23,7 +23,7 @@ TEST_F(SupervisorTest, AJobThatIsKeptAliveComesBack)
     kill(first, SIGKILL);
     const pid_t second = notedProcess("a.job", 2);
     EXPECT_NE(second, first);
-    EXPECT_THAT(list(), HasSubstr(std::to_string(second) + "\t-9\ta.job\n"));
+    EXPECT_THAT(list(), HasSubstr(std::to_string(second) + "\t-9\ta.job\tlaunchd\n"));
     EXPECT_EQ(launchctl({ "unload", path }).status(), 0);
     EXPECT_FALSE(IsAlive(second));
 }
@@ -65,7 +65,8 @@ TEST_F(SupervisorTest, LoadWaitsForAJobThatIsBeingStoppedAndStartsItAgain)
     writeJob("a.job", runForLong);
     Launchctl load = start({ "load", path });
     std::this_thread::sleep_for(std::chrono::milliseconds(100)); // so that it meets the job as it stops
-    EXPECT_THAT(list(), HasSubstr("-\t0\ta.job\n")) << "a process on its way out is not the job's any more";
+    EXPECT_THAT(list(), HasSubstr("-\t0\ta.job\tlaunchd\n"))
+        << "a process on its way out is not the job's any more";
     EXPECT_THAT(launchctl({ "list", "a.job" }).out(), Not(HasSubstr("PID")));
     Write(noteFile("a.job").string() + ".go", "");
 
@@ -87,7 +88,7 @@ TEST_F(SupervisorTest, UnloadFindsAJobByThePathOfALostFileOrTheLabelOfAMovedOne)
     EXPECT_FALSE(IsAlive(job));
     fs::rename(fVolume / moved.substr(1), fVolume / "elsewhere.plist");
     EXPECT_EQ(launchctl({ "unload", "/elsewhere.plist" }).status(), 0);
-    EXPECT_EQ(list(), "PID\tStatus\tLabel\n");
+    EXPECT_EQ(list(), "PID\tStatus\tLabel\tManager\n");
 }
 
 TEST_F(SupervisorTest, FirstLoadsAtTheSameTimeShareOneSupervisor)
@@ -111,7 +112,7 @@ TEST_F(SupervisorTest, ALoadThatMeetsTheEndOfTheSupervisorIsNotLost)
         Launchctl load = start({ "load", second });
         ASSERT_EQ(unload.status(), 0) << unload.error();
         ASSERT_EQ(load.status(), 0) << load.error();
-        ASSERT_THAT(list(), HasSubstr("\tb.job\n"));
+        ASSERT_THAT(list(), HasSubstr("\tb.job\tlaunchd\n"));
         ASSERT_EQ(launchctl({ "unload", second }).status(), 0);
     }
 }
@@ -139,7 +140,7 @@ TEST_F(SupervisorTest, AfterASupervisorWasKilledTheNextLoadStartsAfresh)
     ASSERT_GT(server, 0);
     kill(server, SIGKILL);
     EXPECT_TRUE(Eventually([&] { return !IsAlive(server) && !IsAlive(job); })) << "a job must not outlive it";
-    EXPECT_EQ(list(), "PID\tStatus\tLabel\n");
+    EXPECT_EQ(list(), "PID\tStatus\tLabel\tManager\n");
     EXPECT_EQ(launchctl({ "unload", path }).status(), 113);
 
     Launchctl again = launchctl({ "load", path });
@@ -157,7 +158,7 @@ TEST_F(SupervisorTest, ClientsThatHangOrTalkNonsenseKeepNobodyFromBeingServed)
         ASSERT_TRUE(clients.back());
         send(clients.back().get(), "\0\0\1", 3, MSG_NOSIGNAL);
     }
-    EXPECT_THAT(list(), HasSubstr("\ta.job\n"));
+    EXPECT_THAT(list(), HasSubstr("\ta.job\tlaunchd\n"));
 
     const Descriptor greedy = connection();
     send(greedy.get(), "\377\377\377\377", 4, MSG_NOSIGNAL);

@@ -25,4 +25,14 @@ struct Answer {
     bool ok() const { return status == ExitStatus::ok; }
 };
 
+// The answers that every service manager gives in the same words. `path` is the one that was asked about.
+
+/// @param holder path of the file that the label is loaded from.
+Answer AlreadyLoaded(const std::string& path, const std::string& label, const std::string& holder);
+/// A job whose program does not run stays loaded, so that it can be seen in the list, is tried again if it is
+/// to be kept alive, and goes with unload.
+/// @param problem why it does not run, as a part of a sentence.
+Answer LoadedBut(const std::string& path, const std::string& label, const std::string& problem);
+Answer NotFound(const std::string& path);
+
 } // namespace launchd

@@ -1,6 +1,7 @@
 #include "JobFile.h"
 
 #include "PropertyList.h"
+#include "ReadWhole.h"
 #include <Host/Descriptor.h>
 
 #include <Host/AtomicFile.h>
@@ -40,24 +41,6 @@ Answer CheckOwnership(const std::string& given, const struct stat& status)
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
         return { ExitStatus::badPermissions, given + ": Writable by others than its owner" };
     return {};
-}
-
-/// @param bytes room for the largest acceptable file. @return 0 or an errno; EFBIG when the file does not
-/// fit.
-int ReadWhole(int descriptor, std::string& bytes)
-{
-    size_t used = 0;
-    while (used < bytes.size()) {
-        const ssize_t count = read(descriptor, bytes.data() + used, bytes.size() - used);
-        if (count < 0 && errno != EINTR)
-            return errno;
-        if (count == 0) {
-            bytes.resize(used);
-            return 0;
-        }
-        used += static_cast<size_t>(std::max<ssize_t>(count, 0));
-    }
-    return EFBIG;
 }
 }
 

@@ -1,5 +1,6 @@
 #include "JobProcess.h"
 
+#include "JobEnvironment.h"
 #include <Host/HostPath.h>
 #include <Host/ProgramStart.h>
 
@@ -17,22 +18,21 @@
 namespace launchd {
 
 namespace {
-/// What leads a job to the volume, the tools and the desktop of the user who started the supervisor.
-constexpr const char* inheritedVariables[] = { "CFFIXED_USER_HOME", "ZEK_STARTUP_VOLUME", "HOST_TOOLS_FOLDER",
-    "LANG", "XDG_RUNTIME_DIR", "DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS" };
+/// What leads a job to the desktop of the user who started the supervisor.
+constexpr const char* desktopVariables[]
+    = { "LANG", "XDG_RUNTIME_DIR", "DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS" };
 
 std::map<std::string, std::string> Environment(const Job& job)
 {
-    std::map<std::string, std::string> environment = job.environment;
+    std::map<std::string, std::string> environment = JobEnvironment(job);
     // emplace() keeps what the job asks for.
-    environment.emplace("PATH", "/usr/bin:/bin:/usr/sbin:/sbin");
     environment.emplace("HOME", HostHomeFolder());
     if (const passwd* user = getpwuid(geteuid())) {
         environment.emplace("USER", user->pw_name);
         environment.emplace("LOGNAME", user->pw_name);
         environment.emplace("SHELL", user->pw_shell);
     }
-    for (const char* name : inheritedVariables) {
+    for (const char* name : desktopVariables) {
         if (const char* value = std::getenv(name))
             environment.emplace(name, value);
     }
@@ -122,20 +122,24 @@ JobProcess StartJob(const Job& job)
     return { .pid = pid, .error = 0, .report = std::move(report) };
 }
 
-std::string Describe(const StartFailure& failure, const Job& job)
+std::string Describe(StartFailure::Step step, const Job& job, const std::string& reason)
 {
-    const std::string reason = std::string(": ") + std::strerror(failure.error);
-    switch (failure.step) {
+    switch (step) {
     case StartFailure::Step::standardOutPath:
-        return "StandardOutPath " + job.standardOutPath + " could not be opened" + reason;
+        return "StandardOutPath " + job.standardOutPath + " could not be opened: " + reason;
     case StartFailure::Step::standardErrorPath:
-        return "StandardErrorPath " + job.standardErrorPath + " could not be opened" + reason;
+        return "StandardErrorPath " + job.standardErrorPath + " could not be opened: " + reason;
     case StartFailure::Step::workingDirectory:
-        return "WorkingDirectory " + job.workingDirectory + " could not be entered" + reason;
+        return "WorkingDirectory " + job.workingDirectory + " could not be entered: " + reason;
     case StartFailure::Step::program:
         break;
     }
-    return "its program " + job.program + " could not be executed" + reason;
+    return "its program " + job.program + " could not be executed: " + reason;
+}
+
+std::string Describe(const StartFailure& failure, const Job& job)
+{
+    return Describe(failure.step, job, std::strerror(failure.error));
 }
 
 } // namespace launchd

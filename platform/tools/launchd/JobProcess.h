@@ -33,6 +33,7 @@ constexpr int startFailureStatus = 78;
 JobProcess StartJob(const Job& job);
 
 /// @return one sentence about the failure, naming the key and path at fault.
+std::string Describe(StartFailure::Step step, const Job& job, const std::string& reason);
 std::string Describe(const StartFailure& failure, const Job& job);
 
 } // namespace launchd

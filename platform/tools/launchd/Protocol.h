@@ -51,8 +51,10 @@ struct JobState {
     std::string program;
     std::string session;
     pid_t pid = 0; ///< 0 while it does not run or is being ended
-    /// Exit status of its last run, or the negative number of the signal that ended it.
+    /// Exit status of its last run, or the negative number of the signal that ended it. 0 before it ran, and
+    /// where its manager does not remember.
     int lastExitStatus = 0;
+    std::string manager; ///< name of the service manager that keeps it; not sent: each names itself
 };
 
 struct Reply {

@@ -23,7 +23,8 @@ JobState RunningJob::state() const
         .program = fJob.program,
         .session = fSession,
         .pid = fStopping ? 0 : fPid, // whoever asks waits for the next one
-        .lastExitStatus = fLastExitStatus };
+        .lastExitStatus = fLastExitStatus,
+        .manager = {} };
 }
 
 void RunningJob::start(TimePoint now)

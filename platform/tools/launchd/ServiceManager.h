@@ -14,8 +14,8 @@ public:
     virtual ~ServiceManager() = default;
 
     /// @param session session type that the job is loaded into.
-    /// @return ExitStatus::alreadyLoaded for a job with the same label or file; ExitStatus::failed also when
-    /// the job was loaded but its program could not be run.
+    /// @return ExitStatus::alreadyLoaded for a job with the same label or file, which stays as it is;
+    /// ExitStatus::failed also when the job was loaded but its program could not be run.
     virtual Answer load(const JobFile& file, const std::string& session) = 0;
 
     /// Stops and forgets the job that was loaded from the path, else the one with the label.

@@ -23,21 +23,9 @@ bool MayGiveOrders(int client)
         && (peer.uid == geteuid() || peer.uid == 0);
 }
 
-Answer AlreadyLoaded(const Request& request, const RunningJob& job)
-{
-    std::string message = request.path + ": " + job.label() + " is already loaded";
-    if (job.path() != request.path)
-        message += " from " + job.path();
-    return { ExitStatus::alreadyLoaded, message };
-}
-
-/// Whether the program of a job that was just loaded runs. One that does not stays loaded, so that it can be
-/// seen in the list, is tried again if it is to be kept alive, and goes with unload.
 Answer LoadOutcome(const RunningJob& job)
 {
-    if (job.startProblem().empty())
-        return {};
-    return { ExitStatus::failed, job.path() + ": " + job.label() + " is loaded, but " + job.startProblem() };
+    return job.startProblem().empty() ? Answer {} : LoadedBut(job.path(), job.label(), job.startProblem());
 }
 }
 
@@ -215,7 +203,7 @@ void Supervisor::load(ClientId client, const Request& request)
     if (Entry* entry = find(request.path, job->label)) {
         if (entry->job.isStopping())
             return entry->waiting.push_back({ client, request });
-        return reply(client, { AlreadyLoaded(request, entry->job), {} });
+        return reply(client, { AlreadyLoaded(request.path, entry->job.label(), entry->job.path()), {} });
     }
     const bool starts = job->startsAtLoad();
     Entry& entry = fJobs.emplace_back(Entry { .job = { std::move(*job), request.path, request.session },
@@ -231,8 +219,7 @@ void Supervisor::unload(ClientId client, const Request& request)
 {
     Entry* entry = find(request.path, request.label);
     if (!entry)
-        return reply(
-            client, { { ExitStatus::notFound, request.path + ": Could not find specified service" }, {} });
+        return reply(client, { NotFound(request.path), {} });
     if (entry->job.isStopping())
         return entry->waiting.push_back({ client, request });
     syslog(LOG_INFO, "%s: unloaded", entry->job.label().c_str());

@@ -129,7 +129,7 @@ Answer SupervisorClient::unload(const std::string& path, const std::string& labe
         return exchange.reply->answer;
     if (!exchange.problem.empty())
         return { ExitStatus::failed, exchange.problem };
-    return { ExitStatus::notFound, path + ": Could not find specified service" };
+    return NotFound(path);
 }
 
 Answer SupervisorClient::list(std::vector<JobState>& jobs)
@@ -137,6 +137,8 @@ Answer SupervisorClient::list(std::vector<JobState>& jobs)
     Exchange exchange = Ask({ .verb = Verb::list, .path = {}, .label = {}, .session = {}, .job = {} });
     if (exchange.reply) {
         jobs = std::move(exchange.reply->jobs);
+        for (JobState& job : jobs)
+            job.manager = "launchd";
         return exchange.reply->answer;
     }
     return { exchange.problem.empty() ? ExitStatus::ok : ExitStatus::failed, exchange.problem };

@@ -1,7 +1,7 @@
 // launchctl: loads, unloads and lists the user's launchd jobs. See usageText.
 
 #include "JobFile.h"
-#include "SupervisorClient.h"
+#include "JobManagers.h"
 
 #include <unistd.h>
 
@@ -26,8 +26,8 @@ load    Loads the jobs of LaunchAgent property lists, or of all of them in a fol
         -w  also where it says Disabled, which is removed from the file
 unload  Stops the jobs and forgets them. Returns when they have ended.
         -w  and sets Disabled in the file
-list    Lists the loaded jobs: process, status of the last exit (negative: the signal), label;
-        or tells more about one of them.
+list    Lists the loaded jobs: process, status of the last exit (negative: the signal), label, and
+        who keeps them, systemd or launchd; or tells more about one of them.
 )";
 
 struct Options {
@@ -139,6 +139,7 @@ void PrintJob(const JobState& job)
     line("LimitLoadToSessionType", Quoted(job.session));
     line("Label", Quoted(job.label));
     line("LastExitStatus", std::to_string(job.lastExitStatus));
+    line("Manager", Quoted(job.manager));
     if (job.pid != 0)
         line("PID", std::to_string(job.pid));
     line("Program", Quoted(job.program));
@@ -147,10 +148,10 @@ void PrintJob(const JobState& job)
 
 void PrintTable(const std::vector<JobState>& jobs)
 {
-    std::cout << "PID\tStatus\tLabel\n";
+    std::cout << "PID\tStatus\tLabel\tManager\n";
     for (const JobState& job : jobs) {
         const std::string pid = job.pid == 0 ? "-" : std::to_string(job.pid);
-        std::cout << pid << '\t' << job.lastExitStatus << '\t' << job.label << '\n';
+        std::cout << pid << '\t' << job.lastExitStatus << '\t' << job.label << '\t' << job.manager << '\n';
     }
 }
 
@@ -212,7 +213,7 @@ int main(int argc, char** argv)
             continue;
         if (!ReadOptions(argc - 1, argv + 1, command.options, options))
             return WrongUse();
-        SupervisorClient manager;
+        JobManagers manager;
         const int status = command.run(manager, options);
         return status == ExitStatus::ok && !std::cout.flush() ? ExitStatus::failed : status;
     }

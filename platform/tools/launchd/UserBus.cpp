@@ -1,0 +1,98 @@
+#include "UserBus.h"
+
+#include <sys/stat.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+namespace launchd {
+
+namespace {
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::seconds patience { 3 };
+
+struct CloseBus {
+    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+};
+
+bool IsOwnFolder(const std::string& path)
+{
+    struct stat status { };
+    return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid();
+}
+
+std::string RuntimeFolderOfUser()
+{
+    if (const char* given = secure_getenv("XDG_RUNTIME_DIR"))
+        return given;
+    const std::string usual = "/run/user/" + std::to_string(geteuid());
+    return IsOwnFolder(usual) ? usual : "";
+}
+
+/// @return the path as an address names it, where other characters than these stand for more than themselves.
+std::string InAddress(const std::string& path)
+{
+    static constexpr std::string_view plain
+        = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_/.-";
+    static constexpr const char* digits = "0123456789abcdef";
+    std::string text;
+    for (const char character : path) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (plain.find(character) != std::string_view::npos)
+            text += character;
+        else
+            text.append({ '%', digits[byte >> 4], digits[byte & 0x0F] });
+    }
+    return text;
+}
+
+/// The address may be a list of them.
+bool IsSocketsOnly(std::string_view address)
+{
+    for (;;) {
+        if (!address.starts_with("unix:"))
+            return false;
+        const size_t end = address.find(';');
+        if (end == std::string_view::npos || end + 1 == address.size())
+            return true;
+        address.remove_prefix(end + 1);
+    }
+}
+
+/// Whether the bus lets us in. A library that waits for that would wait for minutes.
+bool Answers(const std::string& address)
+{
+    sd_bus* opened = nullptr;
+    if (sd_bus_new(&opened) < 0)
+        return false;
+    const std::unique_ptr<sd_bus, CloseBus> bus(opened);
+    if (sd_bus_set_address(opened, address.c_str()) < 0 || sd_bus_set_bus_client(opened, 1) < 0
+        || sd_bus_start(opened) < 0)
+        return false;
+    const auto deadline = Clock::now() + patience;
+    while (sd_bus_is_ready(opened) == 0) {
+        const auto left = std::chrono::ceil<std::chrono::microseconds>(deadline - Clock::now());
+        const int done = left.count() > 0 ? sd_bus_process(opened, nullptr) : -1;
+        if (done < 0 || (done == 0 && sd_bus_wait(opened, static_cast<uint64_t>(left.count())) < 0))
+            return false;
+    }
+    return sd_bus_is_ready(opened) > 0;
+}
+}
+
+std::string FindUserBus()
+{
+    const char* const given = secure_getenv("DBUS_SESSION_BUS_ADDRESS");
+    const std::string folder = given ? "" : RuntimeFolderOfUser();
+    if (!given && folder.empty())
+        return {};
+    std::string address = given ? given : "unix:path=" + InAddress(folder + "/bus");
+    return IsSocketsOnly(address) && Answers(address) ? address : "";
+}
+
+} // namespace launchd
