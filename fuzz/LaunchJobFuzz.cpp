@@ -1,4 +1,4 @@
-#include "platform/tools/launchd/Job.h"
+#include "platform/tools/launchd/job/Job.h"
 
 #include <cstdlib>
 

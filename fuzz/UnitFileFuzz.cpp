@@ -1,6 +1,6 @@
 // Whatever a job is made of, its unit is refused or holds the lines that it ought to and tells again what it was made of.
 
-#include "platform/tools/launchd/UnitFile.h"
+#include "platform/tools/launchd/systemd/UnitFile.h"
 
 #include <algorithm>
 #include <array>

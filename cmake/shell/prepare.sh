@@ -5,7 +5,7 @@ packages=(cmake ninja-build g++ pkg-config libplist-dev libicu-dev libsystemd-de
     qt6-tools-dev libqt6opengl6-dev libgl1-mesa-dev qt6-image-formats-plugins fonts-dejavu-core librsvg2-bin)
 package_packages=(dpkg-dev file)
 package_check_packages=(lintian desktop-file-utils appstream man-db)
-service_packages=(dbus dbus-user-session systemd polkitd pkexec python3-dbusmock)
+service_packages=(dbus dbus-user-session systemd polkitd pkexec python3-dbusmock ansible-core python3-apt)
 picture_packages=(fonts-wqy-microhei)
 test_packages=(clang clang-format clang-tidy libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev strace
     python3 dbus-daemon xvfb openbox xdotool "${picture_packages[@]}" "${package_packages[@]}" "${service_packages[@]}")

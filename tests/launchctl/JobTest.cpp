@@ -1,6 +1,6 @@
 #include "LaunchctlFixture.h"
 
-#include "platform/tools/launchd/Job.h"
+#include "platform/tools/launchd/job/Job.h"
 
 #include <gmock/gmock.h>
 

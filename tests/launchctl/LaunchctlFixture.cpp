@@ -1,6 +1,6 @@
 #include "LaunchctlFixture.h"
 
-#include "platform/tools/launchd/RuntimeFolder.h"
+#include "platform/tools/launchd/supervisor/RuntimeFolder.h"
 
 #include <Host/ProgramStart.h>
 

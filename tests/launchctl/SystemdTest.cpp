@@ -255,6 +255,11 @@ TEST_F(SystemdTest, OnlyTheManagerOfTheSameHomeServes)
     unsetenv("XDG_RUNTIME_DIR");
     load(path);
     EXPECT_THAT(list(), HasSubstr("\ta.job\tsystemd\n"));
+    // So does one that was given another user's.
+    setenv("XDG_RUNTIME_DIR", "/run", 1);
+    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere", 1);
+    EXPECT_THAT(launchctl({ "list", "a.job" }).out(), HasSubstr("\"PID\" = "));
+    unsetenv("XDG_RUNTIME_DIR");
     // A bus that does not answer says nothing about what the manager behind it runs.
     setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere", 1);
     Launchctl blind = launchctl({ "unload", path });

@@ -1,6 +1,6 @@
 #include "LaunchctlFixture.h"
 
-#include "platform/tools/launchd/UnitFile.h"
+#include "platform/tools/launchd/systemd/UnitFile.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "SupervisorClient.h"
-#include "SystemdClient.h"
+#include "supervisor/SupervisorClient.h"
+#include "systemd/SystemdClient.h"
 
 namespace launchd {
 

@@ -1,7 +1,7 @@
 // launchctl: loads, unloads and lists the user's launchd jobs. See usageText.
 
-#include "JobFile.h"
 #include "JobManagers.h"
+#include "job/JobFile.h"
 
 #include <unistd.h>
 

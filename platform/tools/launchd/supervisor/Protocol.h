@@ -1,8 +1,6 @@
 #pragma once
 
-#include "Answer.h"
-
-#include <sys/types.h>
+#include "job/ServiceManager.h"
 
 #include <optional>
 #include <string>
@@ -43,18 +41,6 @@ struct Request {
     std::string label;
     std::string session;
     std::string job;
-};
-
-/// A job as `list` shows it.
-struct JobState {
-    std::string label;
-    std::string program;
-    std::string session;
-    pid_t pid = 0; ///< 0 while it does not run or is being ended
-    /// Exit status of its last run, or the negative number of the signal that ended it. 0 before it ran, and
-    /// where its manager does not remember.
-    int lastExitStatus = 0;
-    std::string manager; ///< name of the service manager that keeps it; not sent: each names itself
 };
 
 struct Reply {

@@ -1,7 +1,7 @@
 #include "Protocol.h"
 
-#include "KeyReader.h"
-#include "PropertyList.h"
+#include "job/KeyReader.h"
+#include "job/PropertyList.h"
 
 #include <climits>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Job.h"
+#include "job/StartFailure.h"
 #include <Host/Descriptor.h>
 
 #include <sys/types.h>
@@ -15,13 +15,7 @@ struct JobProcess {
     Descriptor report;
 };
 
-/// Why a process did not become the job's program; it has exited with startFailureStatus.
-struct StartFailure {
-    enum class Step : int { standardOutPath, standardErrorPath, workingDirectory, program };
-    Step step;
-    int error; ///< errno
-};
-
+/// With which a process exits that did not become the job's program.
 constexpr int startFailureStatus = 78;
 
 /// Starts the job's program as the leader of a session of its own, with no descriptors but the standard three
@@ -31,9 +25,5 @@ constexpr int startFailureStatus = 78;
 /// without its supervisor could be neither listed nor unloaded, and would run twice after the next load. For
 /// programs with a single thread.
 JobProcess StartJob(const Job& job);
-
-/// @return one sentence about the failure, naming the key and path at fault.
-std::string Describe(StartFailure::Step step, const Job& job, const std::string& reason);
-std::string Describe(const StartFailure& failure, const Job& job);
 
 } // namespace launchd

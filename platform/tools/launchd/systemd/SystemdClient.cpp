@@ -1,6 +1,6 @@
 #include "SystemdClient.h"
 
-#include "JobProcess.h"
+#include "job/StartFailure.h"
 #include <Host/HostPath.h>
 
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Answer.h"
+#include "job/Answer.h"
 
 #include <sdbus-c++/sdbus-c++.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ServiceManager.h"
+#include "job/ServiceManager.h"
 
 #include <optional>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "JobFile.h"
+#include "job/JobFile.h"
 
 #include <optional>
 #include <string>

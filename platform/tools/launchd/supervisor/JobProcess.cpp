@@ -1,6 +1,6 @@
 #include "JobProcess.h"
 
-#include "JobEnvironment.h"
+#include "job/JobEnvironment.h"
 #include <Host/HostPath.h>
 #include <Host/ProgramStart.h>
 
@@ -13,7 +13,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 
 namespace launchd {
 
@@ -120,26 +119,6 @@ JobProcess StartJob(const Job& job)
     if (pid == 0)
         Become(plan, reporter.get(), supervisor);
     return { .pid = pid, .error = 0, .report = std::move(report) };
-}
-
-std::string Describe(StartFailure::Step step, const Job& job, const std::string& reason)
-{
-    switch (step) {
-    case StartFailure::Step::standardOutPath:
-        return "StandardOutPath " + job.standardOutPath + " could not be opened: " + reason;
-    case StartFailure::Step::standardErrorPath:
-        return "StandardErrorPath " + job.standardErrorPath + " could not be opened: " + reason;
-    case StartFailure::Step::workingDirectory:
-        return "WorkingDirectory " + job.workingDirectory + " could not be entered: " + reason;
-    case StartFailure::Step::program:
-        break;
-    }
-    return "its program " + job.program + " could not be executed: " + reason;
-}
-
-std::string Describe(const StartFailure& failure, const Job& job)
-{
-    return Describe(failure.step, job, std::strerror(failure.error));
 }
 
 } // namespace launchd

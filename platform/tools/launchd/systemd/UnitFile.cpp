@@ -1,7 +1,7 @@
 #include "UnitFile.h"
 
-#include "JobEnvironment.h"
-#include "PropertyList.h"
+#include "job/JobEnvironment.h"
+#include "job/PropertyList.h"
 
 #include <Host/HostPath.h>
 

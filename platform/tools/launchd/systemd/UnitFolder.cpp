@@ -1,6 +1,6 @@
 #include "UnitFolder.h"
 
-#include "ReadWhole.h"
+#include "job/ReadWhole.h"
 #include <Host/AtomicFile.h>
 #include <Host/Folders.h>
 #include <Host/HostPath.h>

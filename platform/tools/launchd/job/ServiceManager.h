@@ -1,12 +1,24 @@
 #pragma once
 
 #include "JobFile.h"
-#include "Protocol.h"
 
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace launchd {
+
+/// A job as `list` shows it.
+struct JobState {
+    std::string label;
+    std::string program;
+    std::string session;
+    pid_t pid = 0; ///< 0 while it does not run or is being ended
+    /// Exit status of its last run, or the negative number of the signal that ended it. 0 before it ran, and
+    /// where its manager does not remember.
+    int lastExitStatus = 0;
+    std::string manager; ///< name of the service manager that keeps it; not sent: each names itself
+};
 
 /// Who keeps the user's jobs, as launchctl sees it. Each call returns when its effect is there or has failed.
 class ServiceManager {

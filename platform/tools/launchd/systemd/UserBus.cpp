@@ -26,9 +26,17 @@ bool IsOwnFolder(const std::string& path)
     return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid();
 }
 
+/// Whether the environment is of a session of the user's. Programs like runuser leave another user's in place.
+bool IsOwnSession()
+{
+    const char* const folder = secure_getenv("XDG_RUNTIME_DIR");
+    return folder == nullptr || access(folder, F_OK) != 0 || IsOwnFolder(folder);
+}
+
 std::string RuntimeFolderOfUser()
 {
-    if (const char* given = secure_getenv("XDG_RUNTIME_DIR"))
+    const char* const given = secure_getenv("XDG_RUNTIME_DIR");
+    if (given != nullptr && IsOwnSession())
         return given;
     const std::string usual = "/run/user/" + std::to_string(geteuid());
     return IsOwnFolder(usual) ? usual : "";
@@ -87,7 +95,7 @@ bool Answers(const std::string& address)
 
 std::string FindUserBus()
 {
-    const char* const given = secure_getenv("DBUS_SESSION_BUS_ADDRESS");
+    const char* const given = IsOwnSession() ? secure_getenv("DBUS_SESSION_BUS_ADDRESS") : nullptr;
     const std::string folder = given ? "" : RuntimeFolderOfUser();
     if (!given && folder.empty())
         return {};

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ServiceManager.h"
 #include "UnitFolder.h"
 #include "UserManager.h"
+#include "job/ServiceManager.h"
 
 #include <memory>
 

@@ -1,5 +1,6 @@
 #include "SupervisorClient.h"
 
+#include "Protocol.h"
 #include "RuntimeFolder.h"
 #include "SupervisorStart.h"
 
