@@ -88,6 +88,10 @@ TEST(UnitFileTest, WhatSystemdCouldNotBeToldIsRefused)
             "not valid text" },
         { Make("<key>ProgramArguments</key><array><string>" + std::string(600000, '%') + "</string></array>"),
             "ExecStart is too long" },
+        { Make("<key>EnvironmentVariables</key><dict>" + key("A", "\nUser=root") + "</dict>"),
+            "variable A contains a line break" },
+        { Make("<key>ProgramArguments</key><array><string>a&#13;b</string></array>"),
+            "ProgramArguments contains a line break" },
         { Make("", "/a\n[Service]\nUser=root.plist"), "The path contains control characters" },
         { Make("", "/\xFF.plist"), "The path is not valid text" },
     };

@@ -71,6 +71,10 @@ std::string Quoted(const std::string& text)
     return word + '"';
 }
 
+/// A line of a unit file is the place of one value, and nothing in a value may look like the next line to whoever
+/// reads or edits the file, with systemd or without.
+bool HasLineBreak(const std::string& text) { return text.find_first_of("\n\r") != std::string::npos; }
+
 bool IsVariableName(const std::string& name)
 {
     static constexpr const char* allowed = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
@@ -181,8 +185,11 @@ void WriteCommand(Writer& unit, const Job& job)
                     "program with");
     // ':' keeps '$' as it is, '@' makes the first argument the program's own name for itself.
     std::string command = Quoted(":@" + program);
-    for (const std::string& argument : job.arguments)
+    for (const std::string& argument : job.arguments) {
+        if (HasLineBreak(argument))
+            unit.refuse("ProgramArguments contains a line break, which a unit file cannot carry");
         command += ' ' + Quoted(argument);
+    }
     if (!IsText(command))
         unit.refuse("Program or ProgramArguments is not valid text");
     unit.set("ExecStart=", command);
@@ -196,6 +203,9 @@ void WriteSurroundings(Writer& unit, const Job& job)
                         "underscores");
         else if (!IsText(value))
             unit.refuse("The environment variable " + name + " is not valid text");
+        else if (HasLineBreak(value))
+            unit.refuse("The environment variable " + name
+                + " contains a line break, which a unit file cannot carry");
         unit.set("Environment=", Quoted(std::string(name).append("=").append(value)));
     }
     const auto output = [&unit](const std::string& key, const char* source, const std::string& path) {
