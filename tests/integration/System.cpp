@@ -13,6 +13,7 @@
 #include <pwd.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <thread>
 #include <unistd.h>
 
@@ -78,6 +79,13 @@ fs::path MakeSession()
     fs::path group = "/sys/fs/cgroup/user.slice/user-" + user + ".slice/session-c1.scope";
     fs::create_directories(group);
     return group;
+}
+
+/// Whoever asks for a secret first asks, then turns the echo off and throws away what has been typed by then.
+bool HidesInput(int terminal)
+{
+    termios state {};
+    return tcgetattr(terminal, &state) == 0 && (state.c_lflag & ECHO) == 0;
 }
 
 bool IsOnSystemBus(const std::string& name)
@@ -191,6 +199,7 @@ CommandResult System::onTerminal(
         if (result.output.find(question, answered) == std::string::npos)
             continue;
         answered = result.output.size();
+        EXPECT_TRUE(Eventually([terminal] { return HidesInput(terminal); }));
         EXPECT_GT(write(terminal, (answer + '\n').data(), answer.size() + 1), 0);
     }
     close(terminal); // which hangs up, should it still run

@@ -38,7 +38,7 @@ protected:
     static CommandResult asRoot(const std::string& command);
     /// Without a terminal. @param command for a shell.
     static CommandResult asTester(const std::string& command);
-    /// In a session of the user's, on a terminal where the answer is typed in at each question.
+    /// In a session of the user's, on a terminal, where a secret is typed in at each question for it.
     /// @param output of the result also holds what was shown there.
     static CommandResult onTerminal(
         const std::string& command, const std::string& question, const std::string& answer);
