@@ -14,6 +14,7 @@
 #include "util/Bundle.h"
 #include "util/CFText.h"
 
+#include <Host/HostDisplay.h>
 #include <QApplication>
 #include <QIcon>
 #include <QTimer>
@@ -63,6 +64,7 @@ int Run()
 
 int RunWithWindows(int argc, char* argv[])
 {
+    HostPrepareForWindows();
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false); // the menu stays
     QGuiApplication::setDesktopFileName("com.zek.Velmora.Installer"); // where desktops have the icon from

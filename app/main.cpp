@@ -39,7 +39,7 @@ int CarryOut(const Options& options)
 
 int main(int argc, char* argv[])
 {
-    OpenStandardStreams();
+    PutProcessInOrder();
     HostEnterHome();
     std::string error;
     const std::optional<Options> options = ParseOptions({ argv + 1, argv + argc }, error);

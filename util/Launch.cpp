@@ -1,6 +1,7 @@
 #include "util/Launch.h"
 
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -70,8 +71,6 @@ int WaitForChild(pid_t child)
     _exit(told == sizeof reason ? 126 : 127);
 }
 
-}
-
 void OpenStandardStreams()
 {
     int descriptor = 0;
@@ -80,6 +79,14 @@ void OpenStandardStreams()
     while (descriptor >= 0 && descriptor <= STDERR_FILENO);
     if (descriptor >= 0)
         close(descriptor);
+}
+
+}
+
+void PutProcessInOrder()
+{
+    OpenStandardStreams();
+    (void)signal(SIGCHLD, SIG_DFL);
 }
 
 int LaunchDetached(const std::string& path, const std::vector<std::string>& arguments)

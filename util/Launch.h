@@ -4,9 +4,10 @@
 #include <string>
 #include <vector>
 
-/// Gives standard streams that the caller has closed to nobody, so that no file opened later becomes one and
-/// receives messages. To be called first in main.
-void OpenStandardStreams();
+/// Puts right what whoever started this program may have left odd, and a program inherits. Standard streams that are
+/// closed are given to nobody, so that no file opened later becomes one and receives messages; the ends of children
+/// are not ignored, so that they can be waited for. To be called first in main.
+void PutProcessInOrder();
 
 /// Starts a program and leaves it to itself: nothing waits for it, and it is never a zombie of this process.
 /// It inherits this process's environment and standard streams.

@@ -14,6 +14,8 @@ HostColorScheme HostAppearance::colorScheme() const { return HostColorScheme::un
 
 #else
 
+#include "UserBus.h"
+
 #include <cstdint>
 #include <cstdlib>
 #include <optional>
@@ -38,20 +40,6 @@ struct Release {
     // Without flushing, which would wait for a bus that does not read.
     void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
 };
-
-/// Whether every address of the list is a plain socket. The other kinds look up host names or start
-/// programs, and connecting waits for that.
-bool SocketsOnly(std::string_view addresses)
-{
-    for (;;) {
-        if (!addresses.starts_with("unix:"))
-            return false;
-        const size_t end = addresses.find(';');
-        if (end == std::string_view::npos || end + 1 == addresses.size())
-            return true;
-        addresses.remove_prefix(end + 1);
-    }
-}
 
 /// @return the choice in the variant that the message is at, which portals wrap in another one when asked,
 /// but not in the signal; none when it holds no 32-bit number.
@@ -143,7 +131,7 @@ struct HostAppearance::Portal {
 bool HostAppearance::Portal::start()
 {
     const char* const addresses = secure_getenv("DBUS_SESSION_BUS_ADDRESS");
-    if (addresses != nullptr && !SocketsOnly(addresses))
+    if (addresses != nullptr && !NamesSocketsOnly(addresses))
         return false;
 
     sd_event* newEvent = nullptr;

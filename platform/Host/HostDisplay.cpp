@@ -3,8 +3,11 @@
 #if __APPLE__
 
 bool HostHasDisplay() { return true; }
+void HostPrepareForWindows() { }
 
 #else
+
+#include "UserBus.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -18,6 +21,14 @@ bool HostHasDisplay()
         const char* const value = std::getenv(variable);
         return value != nullptr && *value != '\0';
     });
+}
+
+void HostPrepareForWindows()
+{
+    constexpr std::chrono::seconds patience { 2 };
+    const std::string bus = UserBusAddress();
+    if (!bus.empty() && !BusAnswers(bus, patience))
+        setenv("DBUS_SESSION_BUS_ADDRESS", "none:", 1);
 }
 
 #endif

@@ -12,10 +12,10 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <optional>
 #include <set>
 #include <string>
@@ -187,12 +187,12 @@ OSStatus Execute(Session& session, const char* pathToTool, char* const* argument
     return StartToolAsRoot(tool, arguments, communicationsPipe);
 }
 
-/// Exceptions, which only short memory causes, end here.
+/// Exceptions, which only a host that is short of memory or threads causes, end here.
 template <typename Function> OSStatus Guarded(Function function)
 {
     try {
         return function();
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
         return errAuthorizationInternal;
     }
 }

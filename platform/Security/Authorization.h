@@ -113,8 +113,8 @@ OSStatus AuthorizationCreateFromExternalForm(
 /// learnt, and it leaves no zombie. Asks for kAuthorizationRightExecute if not held yet.
 ///
 /// The tool must be an executable binary that, like every folder above it, belongs to root (or to the caller,
-/// on a start-up volume that is the caller's) and that nobody else can write or replace; links in the path
-/// are resolved first. It runs in a session of its own, with descriptors 0 to 2 only: input empty, output and
+/// on a start-up volume that is the caller's) and that nobody else can write or replace, but for the caller's
+/// private group there; links in the path are resolved first. It runs in a session of its own, with descriptors 0 to 2 only: input empty, output and
 /// errors the caller's. Of the environment it gets the locale and, unless that would let a caller with fewer rights
 /// choose them, the folders that Mac paths are mapped to.
 ///

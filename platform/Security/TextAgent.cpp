@@ -6,16 +6,31 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <spawn.h>
 #include <string>
+#include <sys/prctl.h>
 #include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
 
 constexpr const char* kAgent = "/usr/bin/pkttyagent";
 
-bool HasTerminal() { return static_cast<bool>(Descriptor(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY))); }
+/// A terminal of this process's, where it may read: a job in the background of a shell would be stopped.
+bool HasTerminal()
+{
+    const Descriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
+    return terminal && tcgetpgrp(terminal.get()) == getpgrp();
+}
+
+/// In the child. The agent closes its end of the pipe when it serves, and ends when this process does.
+[[noreturn]] void Become(char* const* arguments, int notifier, pid_t parent)
+{
+    ResetSignals();
+    if (prctl(PR_SET_PDEATHSIG, SIGTERM) == 0 && getppid() == parent && fcntl(notifier, F_SETFD, 0) == 0)
+        execv(kAgent, arguments);
+    _exit(127);
+}
 
 }
 
@@ -26,16 +41,13 @@ TextAgent::TextAgent(bool wanted)
         return;
     const Descriptor ready(ends[0]);
     Descriptor notifier(ends[1]);
-    std::vector<std::string> arguments { kAgent, "--fallback", "--process", std::to_string(getpid()),
-        "--notify-fd", std::to_string(notifier.get()) };
-    posix_spawn_file_actions_t actions;
-    if (posix_spawn_file_actions_init(&actions) != 0)
-        return;
-    // Onto itself, which makes the agent inherit it. The agent closes it when it serves.
-    if (posix_spawn_file_actions_adddup2(&actions, notifier.get(), notifier.get()) != 0
-        || posix_spawn(&fProcess, kAgent, &actions, nullptr, PointersTo(arguments).data(), environ) != 0)
-        fProcess = -1;
-    posix_spawn_file_actions_destroy(&actions);
+    const pid_t self = getpid();
+    std::vector<std::string> texts { kAgent, "--fallback", "--process", std::to_string(self), "--notify-fd",
+        std::to_string(notifier.get()) };
+    const std::vector<char*> arguments = PointersTo(texts);
+    fProcess = fork();
+    if (fProcess == 0)
+        Become(arguments.data(), notifier.get(), self);
     notifier.close();
     char nothing = 0;
     while (read(ready.get(), &nothing, 1) < 0 && errno == EINTR)

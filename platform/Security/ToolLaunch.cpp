@@ -17,6 +17,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -149,28 +150,44 @@ void Reap(pid_t child)
         continue;
 }
 
-bool IsPkexec(pid_t child)
+/// @return the name of the program that the process runs, "" when there is none to be seen.
+std::string ProgramOf(pid_t process)
 {
-    std::ifstream file("/proc/" + std::to_string(child) + "/comm");
+    std::ifstream file("/proc/" + std::to_string(process) + "/comm");
     std::string name;
     std::getline(file, name);
-    return name == "pkexec";
+    return name;
 }
 
-/// @param child pkexec, whose report has ended: it has just executed the tool, or is just about to end.
-OSStatus OutcomeOfPkexec(pid_t child)
+OSStatus OutcomeOf(const siginfo_t& end)
 {
     constexpr int dismissed = 126;
     constexpr int refused = 127;
-    siginfo_t end {};
-    while (waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOHANG | WNOWAIT) == 0 && end.si_pid == 0
-        && IsPkexec(child))
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    if (end.si_pid == 0 || end.si_code != CLD_EXITED)
-        return errAuthorizationSuccess;
+    if (end.si_code != CLD_EXITED)
+        return errAuthorizationToolExecuteFailure;
     if (end.si_status == dismissed)
         return errAuthorizationCanceled;
     return end.si_status == refused ? errAuthorizationDenied : errAuthorizationSuccess;
+}
+
+/// @param child pkexec, whose report has ended: it has just executed the tool, or is just about to end. Where the host
+/// hides the processes of others, what does not end soon is the tool.
+OSStatus OutcomeOfPkexec(pid_t child)
+{
+    constexpr int attempts = 1000;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        siginfo_t end {};
+        const bool isOurs = waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOHANG | WNOWAIT) == 0;
+        if (end.si_pid != 0)
+            return OutcomeOf(end);
+        const std::string program = ProgramOf(child);
+        if (!isOurs && program.empty())
+            return errAuthorizationToolExecuteFailure; // how it ended went to somebody else
+        if (!program.empty() && program != "pkexec")
+            return errAuthorizationSuccess;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return errAuthorizationSuccess;
 }
 
 /// The descriptors of one start. All are closed when a program is executed.
@@ -209,8 +226,11 @@ OSStatus FinishPkexec(pid_t child, const Descriptor& report)
 {
     const bool wasExecuted = WasExecuted(report);
     const OSStatus status = wasExecuted ? OutcomeOfPkexec(child) : errAuthorizationToolExecuteFailure;
-    // The tool took pkexec's place; it ends when it likes.
-    std::thread(Reap, child).detach();
+    try {
+        std::thread(Reap, child).detach(); // the tool took pkexec's place; it ends when it likes
+    } catch (const std::system_error&) {
+        // Without a thread to spare it stays to be reaped when this process ends. It runs all the same.
+    }
     return status;
 }
 

@@ -41,7 +41,9 @@ TEST_F(AgentTest, RunsUnderTheUserManagerAndComesBackAfterBeingKilled)
 TEST_F(AgentTest, StartedBeforeThereWasAUserManagerItIsRemovedWithOne)
 {
     letPolkitAnswer("YES");
-    EXPECT_EQ(asTester("zek-velmora-installer --unattended install --accept-license").status, 3);
+    asRoot("install -d -o nobody " + (volume / "private/tmp").string() + "/launchd.$(id -u tester)");
+    EXPECT_EQ(asTester("zek-velmora-installer --unattended install --accept-license").status, 3)
+        << "in spite of somebody who was there first";
     const pid_t supervised = agentProcess();
     EXPECT_GT(supervised, 0);
     EXPECT_FALSE(fs::exists(unit));
@@ -51,4 +53,6 @@ TEST_F(AgentTest, StartedBeforeThereWasAUserManagerItIsRemovedWithOne)
     const CommandResult removal = asTester("zek-velmora-installer --unattended uninstall");
     EXPECT_EQ(removal.status, 3) << removal.output;
     EXPECT_NE(kill(supervised, 0), 0);
+    EXPECT_TRUE(Eventually([] { return !fs::exists(home / ".launchd"); }))
+        << "the supervisor ends with its last job";
 }

@@ -18,7 +18,7 @@ protected:
         return asRoot(
             "find / -xdev \\( -path /var/lib/dpkg -o -path /var/cache -o -path /var/log -o -path /tmp"
             " -o -path /etc/polkit-1/rules.d \\) -prune -o -print;"
-            "find /home -path /home/tester/.local -prune -o -print")
+            "find /home -path /home/tester/.local/share/Trash -prune -o -print")
             .output;
     }
 
@@ -73,6 +73,8 @@ TEST_F(PackageTest, UpgradingKeepsTheDriverAndPurgingLeavesNothing)
         + (bundle / "Contents/Resources").string() + "'");
     expectSuccess("dpkg --purge zek-velmora-installer");
     const std::string after = allFiles();
-    EXPECT_THAT(Difference(after, before), testing::IsEmpty()) << "left";
+    EXPECT_THAT(Difference(after, before),
+        testing::UnorderedElementsAre("/home/tester/.local", "/home/tester/.local/share"))
+        << "where the Trash is";
     EXPECT_THAT(Difference(before, after), testing::IsEmpty()) << "taken away";
 }

@@ -242,11 +242,10 @@ TEST_F(SystemdTest, OnlyTheManagerOfTheSameHomeServes)
     const pid_t job = load(path);
     EXPECT_THAT(list(), HasSubstr("\ta.job\tlaunchd\n"));
     unsetenv("CFFIXED_USER_HOME");
-    Launchctl twice = launchctl({ "load", path });
-    EXPECT_EQ(twice.status(), 133);
-    EXPECT_THAT(twice.error(), HasSubstr("already loaded into launchd"));
-    unload(path);
+    EXPECT_EQ(launchctl({ "load", path }).status(), 0);
+    EXPECT_THAT(list(), HasSubstr("\ta.job\tsystemd\n")) << "it has moved";
     EXPECT_FALSE(IsAlive(job));
+    unload(path);
 
     // A login without a desktop's environment still has its manager.
     const std::string bus = std::getenv("DBUS_SESSION_BUS_ADDRESS");
@@ -266,6 +265,24 @@ TEST_F(SystemdTest, OnlyTheManagerOfTheSameHomeServes)
     EXPECT_THAT(blind.error(), HasSubstr("keeps a.job, but does not answer"));
     setenv("DBUS_SESSION_BUS_ADDRESS", bus.c_str(), 1);
     setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
+    unload(path);
+}
+
+TEST_F(SystemdTest, LoadStartedRightAfterUnloadComesSecond)
+{
+    const std::string path = writeJob(
+        "a.job", "echo $$ >>$NOTE; trap 'sleep 1; exit' TERM; while :; do sleep 0.1; done", keepAlive);
+    setenv("CFFIXED_USER_HOME", (fVolume / "Users/somebody").c_str(), 1);
+    load(path);
+    unsetenv("CFFIXED_USER_HOME");
+    for (const char* from : { "launchd", "systemd" }) {
+        Launchctl unloading(fTemporary, { "unload", path });
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        Launchctl loading(fTemporary, { "load", path });
+        EXPECT_EQ(unloading.status(), 0) << from << unloading.error();
+        EXPECT_EQ(loading.status(), 0) << from << loading.error();
+        EXPECT_THAT(launchctl({ "list", "a.job" }).out(), HasSubstr("\"PID\" = ")) << from;
+    }
     unload(path);
 }
 

@@ -36,7 +36,7 @@ Outcome Run(const std::vector<std::string>& arguments)
 
 int main(int argc, char** argv)
 {
-    OpenStandardStreams();
+    PutProcessInOrder();
     umask(S_IWGRP | S_IWOTH);
     // A caller that no longer reads the messages does not end the run.
     (void)signal(SIGPIPE, SIG_IGN);

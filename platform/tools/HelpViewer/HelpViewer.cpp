@@ -4,6 +4,7 @@
 #include "HelpWindow.h"
 #include "SingleViewer.h"
 
+#include <Host/HostDisplay.h>
 #include <HostWindows/AppearanceFollower.h>
 #include <QApplication>
 #include <iostream>
@@ -31,6 +32,7 @@ int main(int argc, char** argv)
     }
     const QString anchor = argc > 2 ? QString::fromLocal8Bit(argv[2]) : QString();
 
+    HostPrepareForWindows();
     const QApplication application(argc, argv);
     QApplication::setApplicationDisplayName(book->title());
     std::optional<HelpWindow> window;

@@ -2,6 +2,7 @@
 
 #include "ConfirmationWindow.h"
 
+#include <Host/HostDisplay.h>
 #include <HostWindows/AppearanceFollower.h>
 
 #include <QApplication>
@@ -44,6 +45,7 @@ Answer RunWindow(const Question& question, const AgentWords& words)
     char name[] = "SecurityAgent";
     char* arguments[] = { name, nullptr };
     int count = 1;
+    HostPrepareForWindows();
     const QApplication application(count, arguments);
     if (!IsSeen())
         return Answer::nobodyAsked;

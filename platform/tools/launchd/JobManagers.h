@@ -6,9 +6,9 @@
 namespace launchd {
 
 /// All who may keep the user's jobs, as one. Jobs are loaded into the user's systemd manager where it serves,
-/// else into our own supervisor; whoever keeps a job already is found, so what the supervisor took on before
-/// there was a systemd manager, or systemd before it went away, can still be unloaded, and is not loaded
-/// twice.
+/// else into our own supervisor; whoever keeps a job already is found, and none is loaded twice. What the
+/// supervisor took on before there was a systemd manager moves over when it is loaded again; what systemd
+/// took on before it went away counts as loaded. Both can be unloaded.
 class JobManagers : public ServiceManager {
 public:
     Answer load(const JobFile& file, const std::string& session) override;
@@ -17,6 +17,8 @@ public:
     Answer list(std::vector<JobState>& jobs) override;
 
 private:
+    Answer loadIntoSupervisor(const JobFile& file, const std::string& session);
+
     SystemdClient fSystemd;
     SupervisorClient fSupervisor;
 };

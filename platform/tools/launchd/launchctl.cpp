@@ -1,6 +1,7 @@
 // launchctl: loads, unloads and lists the user's launchd jobs. See usageText.
 
 #include "JobManagers.h"
+#include "job/HomeLock.h"
 #include "job/JobFile.h"
 
 #include <unistd.h>
@@ -40,6 +41,7 @@ struct Options {
 struct Command {
     const char* name;
     const char* options; ///< for getopt(); the plus sign keeps operands from being passed over
+    bool changesJobs;
     int (*run)(ServiceManager& manager, const Options& options);
 };
 
@@ -181,8 +183,8 @@ int Help(ServiceManager&, const Options&)
     return ExitStatus::ok;
 }
 
-constexpr Command commands[]
-    = { { "load", "+wFS:", Load }, { "unload", "+w", Unload }, { "list", "+", List }, { "help", "+", Help } };
+constexpr Command commands[] = { { "load", "+wFS:", true, Load }, { "unload", "+w", true, Unload },
+    { "list", "+", false, List }, { "help", "+", false, Help } };
 
 /// @param argv the verb and what follows it. @return false for what the verb does not take.
 bool ReadOptions(int argc, char** argv, const char* known, Options& options)
@@ -213,6 +215,10 @@ int main(int argc, char** argv)
             continue;
         if (!ReadOptions(argc - 1, argv + 1, command.options, options))
             return WrongUse();
+        std::string problem;
+        const Descriptor lock = command.changesJobs ? LockHome(problem) : Descriptor();
+        if (!problem.empty())
+            return Report({ ExitStatus::failed, problem });
         JobManagers manager;
         const int status = command.run(manager, options);
         return status == ExitStatus::ok && !std::cout.flush() ? ExitStatus::failed : status;

@@ -33,7 +33,7 @@ sockaddr_un SocketAddress(int folder)
 /// @return 0 or an errno. A new volume has neither the folder nor those that it lies in.
 int MakeRuntimeFolder(const std::string& path)
 {
-    // Every user's supervisor lives side by side in here, as in any folder for temporary files.
+    // On a volume that is only a folder, every user's supervisor lives side by side in one for temporary files.
     const std::string temporary = path.substr(0, path.rfind('/'));
     const int error = MakeFolders(temporary, 0700, 0755);
     if (error != 0 && error != EEXIST)
@@ -46,6 +46,9 @@ int MakeRuntimeFolder(const std::string& path)
 
 std::string RuntimeFolder::path()
 {
+    // On the system's volume anybody could be there first with the name and keep the user from jobs altogether.
+    if (HostStartupVolumeIsSystems())
+        return HostHomeFolder() + "/.launchd";
     return HostStartupVolume() + "/private/tmp/launchd." + std::to_string(geteuid());
 }
 

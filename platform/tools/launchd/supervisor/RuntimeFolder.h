@@ -8,7 +8,7 @@
 namespace launchd {
 
 /// The folder in which a user's supervisor on one start-up volume is met: private/tmp/launchd.<user id> of
-/// the volume. It holds the supervisor's socket; a flock() on the folder itself says that a supervisor serves
+/// the volume, or .launchd of the home where the volume is the system's. It holds the supervisor's socket; a flock() on the folder itself says that a supervisor serves
 /// there. Both the socket and the folder are taken away by the supervisor when it ends, and reused when it
 /// was killed. Only a real folder that the caller owns and nobody else may enter is used.
 class RuntimeFolder {

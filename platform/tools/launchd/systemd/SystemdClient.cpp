@@ -89,13 +89,19 @@ SystemdClient::SystemdClient()
     fManager = std::move(manager);
 }
 
+Answer SystemdClient::canTake(const JobFile& file, const std::string& session)
+{
+    std::string problem;
+    return UnitText(file, session, problem) ? Answer {} : Failed(file.path, problem);
+}
+
 Answer SystemdClient::load(const JobFile& file, const std::string& session)
 {
     std::string problem;
     const std::optional<std::string> text = UnitText(file, session, problem);
     if (!text)
         return Failed(file.path, problem);
-    const std::optional<UnitFolder> folder = UnitFolder::claim(fFolder, problem);
+    const std::optional<UnitFolder> folder = UnitFolder::make(fFolder, problem);
     if (!folder)
         return Failed(file.path, problem);
 
@@ -196,7 +202,7 @@ Answer SystemdClient::unload(const std::string& path, const std::string& label)
     if (!serves() && UnitFolder::units(fFolder).empty())
         return NotFound(path);
     std::string problem;
-    const std::optional<UnitFolder> folder = UnitFolder::claim(fFolder, problem);
+    const std::optional<UnitFolder> folder = UnitFolder::make(fFolder, problem);
     if (!folder)
         return Failed(path, problem);
     const std::string loaded = labelOf(*folder, path, label);

@@ -24,6 +24,9 @@ public:
     /// serves another home is no concern of this user's jobs. Nothing can be loaded without.
     bool serves() const { return fManager != nullptr; }
 
+    /// Whether systemd could be told exactly what the job asks for.
+    static Answer canTake(const JobFile& file, const std::string& session);
+
     Answer load(const JobFile& file, const std::string& session) override;
     Answer unload(const std::string& path, const std::string& label) override;
     Answer list(std::vector<JobState>& jobs) override;

@@ -6,26 +6,19 @@
 #include <Host/HostPath.h>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <thread>
 
 namespace launchd {
 
 namespace fs = std::filesystem;
 
 namespace {
-using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds lockPatience { 60 };
-constexpr std::chrono::milliseconds retryPause { 20 };
-constexpr int maxLosses = 50;
 constexpr std::string_view suffix = ".service";
 constexpr const char* linkFolders[] = { "graphical-session.target.wants", "default.target.wants" };
 
@@ -59,37 +52,6 @@ bool IsOlder(const FoundUnit& left, const FoundUnit& right)
     };
     return key(left) < key(right);
 }
-
-/// Whether the path still names the open folder, which its last holder may have removed.
-bool IsInPlace(int folder, const std::string& path)
-{
-    struct stat here { };
-    struct stat opened { };
-    return stat(path.c_str(), &here) == 0 && fstat(folder, &opened) == 0 && here.st_dev == opened.st_dev
-        && here.st_ino == opened.st_ino;
-}
-
-/// One try. @return the locked folder, or none with errno set: EWOULDBLOCK when another has it, ENOENT when
-/// it was removed in between.
-Descriptor Lock(const std::string& path)
-{
-    if (const int error = MakeFolders(path, 0755, 0755); error != 0 && error != EEXIST) {
-        errno = error;
-        return Descriptor();
-    }
-    Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder)
-        return folder;
-    if (flock(folder.get(), LOCK_EX | LOCK_NB) == 0) {
-        if (IsInPlace(folder.get(), path))
-            return folder;
-        errno = ENOENT;
-    }
-    const int error = errno;
-    folder.close();
-    errno = error;
-    return folder;
-}
 }
 
 std::string UnitFolder::path()
@@ -121,23 +83,14 @@ std::vector<OwnUnit> UnitFolder::units(const std::string& folder)
     return units;
 }
 
-std::optional<UnitFolder> UnitFolder::claim(const std::string& folder, std::string& problem)
+std::optional<UnitFolder> UnitFolder::make(const std::string& folder, std::string& problem)
 {
-    const auto deadline = Clock::now() + lockPatience;
-    int losses = 0;
-    for (;;) {
-        Descriptor descriptor = Lock(folder);
-        if (descriptor)
-            return UnitFolder(std::move(descriptor), folder);
-        // It may be removed, with those above it, while it is being made.
-        const bool mayPass = errno == EWOULDBLOCK || (errno == ENOENT && ++losses < maxLosses);
-        if (!mayPass || Clock::now() >= deadline) {
-            problem = folder + ": "
-                + (errno == EWOULDBLOCK ? "Another launchctl is at work there" : std::strerror(errno));
-            return std::nullopt;
-        }
-        std::this_thread::sleep_for(retryPause);
-    }
+    const int error = MakeFolders(folder, 0755, 0755);
+    Descriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor)
+        return UnitFolder(std::move(descriptor), folder);
+    problem = folder + ": " + std::strerror(error != 0 && error != EEXIST ? error : errno);
+    return std::nullopt;
 }
 
 bool UnitFolder::has(const std::string& label) const

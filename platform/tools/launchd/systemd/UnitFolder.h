@@ -26,10 +26,9 @@ public:
     /// @param folder which need not exist. @return our units there in the order in which they were written.
     static std::vector<OwnUnit> units(const std::string& folder);
 
-    /// Makes the folder where there is none, and takes its lock for as long as the result lives: nobody else
-    /// changes our units then. Waits for whoever has it, for a minute at most.
+    /// Makes the folder where there is none. For the holder of the home's lock: nobody else changes our units.
     /// @return nothing when it cannot be had, with `problem` set to one sentence.
-    static std::optional<UnitFolder> claim(const std::string& folder, std::string& problem);
+    static std::optional<UnitFolder> make(const std::string& folder, std::string& problem);
 
     std::string pathOf(const std::string& label) const { return fPath + '/' + UnitName(label); }
     /// Whether something of that name is there, of whatever kind.

@@ -1,6 +1,6 @@
 #include "UserManager.h"
 
-#include "UserBus.h"
+#include <Host/UserBus.h>
 
 #include <poll.h>
 #include <unistd.h>
@@ -21,6 +21,7 @@ constexpr const char* managerInterface = "org.freedesktop.systemd1.Manager";
 constexpr const char* unitInterface = "org.freedesktop.systemd1.Unit";
 constexpr const char* serviceInterface = "org.freedesktop.systemd1.Service";
 
+constexpr std::chrono::seconds busPatience { 3 };
 constexpr std::chrono::seconds callPatience { 5 };
 constexpr std::chrono::seconds reloadPatience { 60 }; // generators are programs, which take their time
 
@@ -81,8 +82,8 @@ UserManager::UserManager(const std::string& busAddress)
 
 std::unique_ptr<UserManager> UserManager::connect()
 {
-    const std::string bus = FindUserBus();
-    if (bus.empty())
+    const std::string bus = UserBusAddress();
+    if (!BusAnswers(bus, busPatience))
         return nullptr;
     std::unique_ptr<UserManager> manager;
     // Why there is none is nobody's concern: our own supervisor serves then.

@@ -10,11 +10,8 @@
 #include <memory>
 #include <string_view>
 
-namespace launchd {
-
 namespace {
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds patience { 3 };
 
 struct CloseBus {
     void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
@@ -59,24 +56,33 @@ std::string InAddress(const std::string& path)
     return text;
 }
 
-/// The address may be a list of them.
-bool IsSocketsOnly(std::string_view address)
+}
+
+std::string UserBusAddress()
+{
+    const char* const given = IsOwnSession() ? secure_getenv("DBUS_SESSION_BUS_ADDRESS") : nullptr;
+    if (given != nullptr)
+        return given;
+    const std::string folder = RuntimeFolderOfUser();
+    return folder.empty() ? "" : "unix:path=" + InAddress(folder + "/bus");
+}
+
+bool NamesSocketsOnly(std::string_view addresses)
 {
     for (;;) {
-        if (!address.starts_with("unix:"))
+        if (!addresses.starts_with("unix:"))
             return false;
-        const size_t end = address.find(';');
-        if (end == std::string_view::npos || end + 1 == address.size())
+        const size_t end = addresses.find(';');
+        if (end == std::string_view::npos || end + 1 == addresses.size())
             return true;
-        address.remove_prefix(end + 1);
+        addresses.remove_prefix(end + 1);
     }
 }
 
-/// Whether the bus lets us in. A library that waits for that would wait for minutes.
-bool Answers(const std::string& address)
+bool BusAnswers(const std::string& address, std::chrono::milliseconds patience)
 {
     sd_bus* opened = nullptr;
-    if (sd_bus_new(&opened) < 0)
+    if (!NamesSocketsOnly(address) || sd_bus_new(&opened) < 0)
         return false;
     const std::unique_ptr<sd_bus, CloseBus> bus(opened);
     if (sd_bus_set_address(opened, address.c_str()) < 0 || sd_bus_set_bus_client(opened, 1) < 0
@@ -91,16 +97,3 @@ bool Answers(const std::string& address)
     }
     return sd_bus_is_ready(opened) > 0;
 }
-}
-
-std::string FindUserBus()
-{
-    const char* const given = IsOwnSession() ? secure_getenv("DBUS_SESSION_BUS_ADDRESS") : nullptr;
-    const std::string folder = given ? "" : RuntimeFolderOfUser();
-    if (!given && folder.empty())
-        return {};
-    std::string address = given ? given : "unix:path=" + InAddress(folder + "/bus");
-    return IsSocketsOnly(address) && Answers(address) ? address : "";
-}
-
-} // namespace launchd
