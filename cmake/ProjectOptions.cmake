@@ -25,14 +25,12 @@ set(ZEK_TEST_ENVIRONMENT HOST_TOOLS_FOLDER=${CMAKE_BINARY_DIR}/mac-tools ZEK_STA
     DBUS_SESSION_BUS_ADDRESS=none: DBUS_SYSTEM_BUS_ADDRESS=none: SECURITY_AGENT_ANSWER=allow)
 
 # zek_test(name SOURCES... LIBRARIES... [HEADERS <header>...] [LABEL label]): one GoogleTest program, each of its tests known
-# to ctest by name. Large headers that its sources have in common, GoogleTest's and those named, are compiled once.
+# to ctest by name. HEADERS are large ones that many of its sources have in common: they are compiled once, which takes as
+# long as four or five sources that include them.
 function(zek_test name)
     cmake_parse_arguments(ARG "" "LABEL" "SOURCES;LIBRARIES;HEADERS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
-    list(LENGTH ARG_SOURCES sources)
-    if(sources GREATER 1)
-        target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> ${ARG_HEADERS})
-    endif()
+    target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
     target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
     set(label)
     if(ARG_LABEL)

@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <memory>
-#include <optional>
 #include <pwd.h>
 #include <string_view>
 #include <sys/stat.h>
@@ -18,24 +17,26 @@ struct Free {
     void operator()(char* text) const { std::free(text); }
 };
 
-/// Whose files are trusted, and who may write them, beside root.
+constexpr gid_t kNoGroup = static_cast<gid_t>(-1); // which no file can have
+
+/// Whose files are trusted beside root's, and which group may write them.
 struct Trusted {
-    std::optional<uid_t> user {};
-    std::optional<gid_t> group {};
+    uid_t user = 0;
+    gid_t group = kNoGroup;
 };
 
 /// @return the group that users have to themselves where each has one, which then may write what its user makes.
-std::optional<gid_t> PrivateGroup(uid_t user)
+gid_t PrivateGroup(uid_t user)
 {
     const passwd* const account = getpwuid(user);
     if (account == nullptr)
-        return std::nullopt;
+        return kNoGroup;
     const std::string name = account->pw_name;
     const gid_t number = account->pw_gid;
     const group* const group = getgrgid(number);
     const bool isPrivate = group != nullptr && group->gr_name == name
         && (group->gr_mem[0] == nullptr || (group->gr_mem[0] == name && group->gr_mem[1] == nullptr));
-    return isPrivate ? std::optional(number) : std::nullopt;
+    return isPrivate ? number : kNoGroup;
 }
 
 bool HasTrustedOwner(const struct stat& info, const Trusted& trusted)
