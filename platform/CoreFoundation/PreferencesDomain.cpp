@@ -134,7 +134,7 @@ bool PreferencesDomain::writeChanges()
 bool PreferencesDomain::removeFile(int folder) const
 {
     const bool isGone = unlink(fPath.c_str()) == 0 || errno == ENOENT;
-    return isGone && (fsync(folder) == 0 || errno == EINVAL); // from file systems that cannot flush a folder
+    return isGone && FlushFolder(folder) == 0;
 }
 
 bool PreferencesDomain::replaceFile(CFDictionaryRef values)

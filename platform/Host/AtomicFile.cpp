@@ -67,10 +67,9 @@ int Replace(const Place& target, const char* bytes, size_t size)
     return error;
 }
 
-/// Makes the renaming last. EINVAL comes from file systems that have nothing of a folder to flush.
-int FlushFolder(int folder) { return fsync(folder) == 0 || errno == EINVAL ? 0 : errno; }
-
 } // namespace
+
+int FlushFolder(int folder) { return fsync(folder) == 0 || errno == EINVAL ? 0 : errno; }
 
 int WriteFileAtomically(const std::string& path, const void* bytes, size_t size)
 {

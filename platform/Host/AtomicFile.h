@@ -13,3 +13,8 @@
 /// last step, flushing the folder, failed: the new file is then in place, but may not outlive a loss of
 /// power.
 int WriteFileAtomically(const std::string& path, const void* bytes, size_t size);
+
+/// Makes what was renamed or removed in a folder last. File systems that have nothing of a folder to flush, which they tell
+/// by EINVAL, count as having done so.
+/// @param folder its descriptor. @return 0 or an errno.
+int FlushFolder(int folder);

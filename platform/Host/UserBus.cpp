@@ -30,11 +30,9 @@ bool IsOwnSession()
     return folder == nullptr || access(folder, F_OK) != 0 || IsOwnFolder(folder);
 }
 
-std::string RuntimeFolderOfUser()
+/// The folder that a user's runtime folder usually is; "" where there is none of this user's.
+std::string UsualRuntimeFolder()
 {
-    const char* const given = secure_getenv("XDG_RUNTIME_DIR");
-    if (given != nullptr && IsOwnSession())
-        return given;
     const std::string usual = "/run/user/" + std::to_string(geteuid());
     return IsOwnFolder(usual) ? usual : "";
 }
@@ -60,10 +58,11 @@ std::string InAddress(const std::string& path)
 
 std::string UserBusAddress()
 {
-    const char* const given = IsOwnSession() ? secure_getenv("DBUS_SESSION_BUS_ADDRESS") : nullptr;
-    if (given != nullptr)
+    const bool isOwn = IsOwnSession();
+    if (const char* const given = secure_getenv("DBUS_SESSION_BUS_ADDRESS"); given != nullptr && isOwn)
         return given;
-    const std::string folder = RuntimeFolderOfUser();
+    const char* const named = secure_getenv("XDG_RUNTIME_DIR");
+    const std::string folder = named != nullptr && isOwn ? named : UsualRuntimeFolder();
     return folder.empty() ? "" : "unix:path=" + InAddress(folder + "/bus");
 }
 

@@ -56,8 +56,7 @@ enum : OSStatus {
     errAuthorizationInvalidPointer = -60004, ///< a null where there may be none
     errAuthorizationDenied = -60005,
     errAuthorizationCanceled = -60006, ///< by the user
-    errAuthorizationInteractionNotAllowed
-    = -60007, ///< somebody would have to be asked, and may not be or cannot be
+    errAuthorizationInteractionNotAllowed = -60007, ///< somebody has to be asked, and may not or cannot be
     errAuthorizationInternal = -60008, ///< memory or another means of the host is short
     errAuthorizationExternalizeNotAllowed = -60009,
     errAuthorizationInternalizeNotAllowed = -60010,
@@ -114,9 +113,9 @@ OSStatus AuthorizationCreateFromExternalForm(
 ///
 /// The tool must be an executable binary that, like every folder above it, belongs to root (or to the caller,
 /// on a start-up volume that is the caller's) and that nobody else can write or replace, but for the caller's
-/// private group there; links in the path are resolved first. It runs in a session of its own, with descriptors 0 to 2 only: input empty, output and
-/// errors the caller's. Of the environment it gets the locale and, unless that would let a caller with fewer rights
-/// choose them, the folders that Mac paths are mapped to.
+/// private group there; links in the path are resolved first. It runs in a session of its own, with
+/// descriptors 0 to 2 only: input empty, output and errors the caller's. Of the environment it gets the locale
+/// and, unless that would let a caller with fewer rights choose them, the folders that Mac paths are mapped to.
 ///
 /// @param pathToTool Mac path; the tool's argv[0], with links resolved where pkexec starts it.
 /// @param options kAuthorizationFlagDefaults.
