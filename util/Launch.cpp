@@ -1,5 +1,7 @@
 #include "util/Launch.h"
 
+#include "util/Pipe.h"
+
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -7,31 +9,6 @@
 #include <unistd.h>
 
 namespace {
-
-/// A pipe whose ends are closed with the object, and in every program that is executed meanwhile.
-struct Pipe {
-    int ends[2] = { -1, -1 };
-
-    bool open()
-    {
-        return pipe(ends) == 0 && fcntl(ends[0], F_SETFD, FD_CLOEXEC) == 0
-            && fcntl(ends[1], F_SETFD, FD_CLOEXEC) == 0;
-    }
-    void closeEnd(int end)
-    {
-        if (ends[end] >= 0)
-            close(ends[end]);
-        ends[end] = -1;
-    }
-    Pipe() = default;
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
-    ~Pipe()
-    {
-        closeEnd(0);
-        closeEnd(1);
-    }
-};
 
 /// Argument list as execv wants it; made before forking, because a child may not allocate memory.
 std::vector<char*> ArgumentVector(const std::string& path, const std::vector<std::string>& arguments)
@@ -106,14 +83,14 @@ int LaunchDetached(const std::string& path, const std::vector<std::string>& argu
             _exit(0);
         if (program == 0)
             execv(list[0], list.data());
-        ReportAndExit(report.ends[1]);
+        ReportAndExit(report.writeEnd());
     }
-    report.closeEnd(1);
+    report.closeWriteEnd();
     WaitForChild(child);
 
     // A program that runs has closed its end without a word.
     int reason = 0;
-    return ReadSome(report.ends[0], &reason, sizeof reason) == sizeof reason ? reason : 0;
+    return ReadSome(report.readEnd(), &reason, sizeof reason) == sizeof reason ? reason : 0;
 }
 
 std::optional<std::string> OutputOfProgram(const std::string& path, const std::vector<std::string>& arguments)
@@ -129,16 +106,16 @@ std::optional<std::string> OutputOfProgram(const std::string& path, const std::v
     if (child == 0) {
         const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
         if (null >= 0 && dup2(null, STDIN_FILENO) >= 0 && dup2(null, STDERR_FILENO) >= 0
-            && dup2(output.ends[1], STDOUT_FILENO) >= 0)
+            && dup2(output.writeEnd(), STDOUT_FILENO) >= 0)
             execv(list[0], list.data());
         _exit(127);
     }
-    output.closeEnd(1);
+    output.closeWriteEnd();
 
     std::string text;
     char buffer[4096];
     ssize_t count = 0;
-    while ((count = ReadSome(output.ends[0], buffer, sizeof buffer)) > 0)
+    while ((count = ReadSome(output.readEnd(), buffer, sizeof buffer)) > 0)
         text.append(buffer, static_cast<size_t>(count));
     const int status = WaitForChild(child);
     if (count < 0 || !WIFEXITED(status) || WEXITSTATUS(status) != 0)

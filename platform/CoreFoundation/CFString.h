@@ -3,6 +3,7 @@
 #include <CoreFoundation/CFArray.h>
 #include <CoreFoundation/CFBase.h>
 #include <CoreFoundation/CFData.h>
+#include <CoreFoundation/CFLocale.h>
 
 #include <cstdarg>
 
@@ -11,7 +12,6 @@
 
 CF_EXTERN_C_BEGIN
 
-using CFLocaleRef = const struct __CFLocale*;
 using CFStringEncoding = UInt32;
 
 enum CFStringBuiltInEncodings : CFStringEncoding {

@@ -40,6 +40,12 @@ using Size = long;
 
 enum { noErr = 0 };
 
+/// A process in two halves: 0, 0 is none, and 0, 1 the system.
+struct ProcessSerialNumber {
+    UInt32 highLongOfPSN;
+    UInt32 lowLongOfPSN;
+};
+
 /// A version in four bytes, named as they lie in a little-endian whole.
 struct NumVersion {
     UInt8 nonRelRev; ///< revision of a version that is not final, 0 to 255

@@ -5,12 +5,6 @@
 // Messages between processes. The one process that answers here is the system, and what it can be asked is to
 // restart.
 
-/// The system is the process 0, 1.
-struct ProcessSerialNumber {
-    UInt32 highLongOfPSN;
-    UInt32 lowLongOfPSN;
-};
-
 using DescType = FourCharCode;
 using AEEventClass = FourCharCode;
 using AEEventID = FourCharCode;

@@ -1,11 +1,11 @@
 #include "JobFile.h"
 
 #include "PropertyList.h"
-#include "ReadWhole.h"
-#include <Host/Descriptor.h>
 
 #include <Host/AtomicFile.h>
+#include <Host/Descriptor.h>
 #include <Host/HostPath.h>
+#include <Host/ReadWhole.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,9 +1,9 @@
 #include "UnitFolder.h"
 
-#include "job/ReadWhole.h"
 #include <Host/AtomicFile.h>
 #include <Host/Folders.h>
 #include <Host/HostPath.h>
+#include <Host/ReadWhole.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 
-namespace launchd {
-
 int ReadWhole(int descriptor, std::string& bytes)
 {
     size_t used = 0;
@@ -22,5 +20,3 @@ int ReadWhole(int descriptor, std::string& bytes)
     }
     return EFBIG;
 }
-
-} // namespace launchd

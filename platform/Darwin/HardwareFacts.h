@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+// What the host's kernel tells of the computer. Nothing where it does not.
+
+/// The processor's kind by its name on a Mac.
+std::optional<std::string> MachineName();
+/// The maker's name of the computer.
+std::optional<std::string> ModelName();
+/// Processors in use.
+std::optional<uint64_t> ProcessorCount();
+/// Bytes of memory that the system can use.
+std::optional<uint64_t> MemorySize();
+/// Bytes of one of the first processor's caches. @param level from 1. @param kind "Instruction", "Data" or "Unified".
+std::optional<uint64_t> CacheSize(int level, const char* kind);

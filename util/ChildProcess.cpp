@@ -1,0 +1,58 @@
+#include "util/ChildProcess.h"
+
+#include <Host/HostPath.h>
+#include <cerrno>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+ChildEnd WaitFor(pid_t child)
+{
+    ChildEnd end;
+    do
+        end.process = waitpid(child, &end.status, 0);
+    while (end.process < 0 && errno == EINTR);
+    return end;
+}
+
+}
+
+bool ChildEnd::failedByItself() const { return isKnown() && WIFEXITED(status) && WEXITSTATUS(status) != 0; }
+
+ChildEnd RunTool(const ToolCall& call)
+{
+    // All that the child needs, made before there is one.
+    const std::string path = HostPath(call.tool);
+    std::vector<char*> arguments;
+    for (const std::string& argument : call.arguments)
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    arguments.push_back(nullptr);
+
+    const pid_t child = fork();
+    if (child < 0)
+        return {};
+    if (child == 0) {
+        if (call.prepare)
+            call.prepare();
+        execv(path.c_str(), arguments.data());
+        if (call.endsWithoutTool)
+            _exit(0);
+        return { .isChild = true };
+    }
+    if (call.attend)
+        call.attend();
+    return WaitFor(child);
+}
+
+ChildEnd RunInChild(const std::function<void()>& work)
+{
+    const pid_t child = fork();
+    if (child < 0)
+        return {};
+    if (child == 0) {
+        work();
+        _exit(0);
+    }
+    return WaitFor(child);
+}

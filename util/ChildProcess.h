@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+// How the library has work done in child processes: a fork, most often an execution of a tool with an exact argument list, a
+// wait. For use inside util/ only.
+
+/// What the library asks of a tool.
+struct ToolCall {
+    const char* tool; ///< Mac path
+    std::vector<std::string> arguments; ///< from argument zero on
+    /// In the child, before the tool is executed: redirections, another user. It allocates nothing.
+    std::function<void()> prepare {};
+    /// In the parent, before it waits: reading what the child writes. Whatever the child could wait for has to be over
+    /// when this returns.
+    std::function<void()> attend {};
+    /// Whether a child that cannot execute the tool ends with status 0. Else it comes back from RunTool as a copy of the
+    /// caller, and the caller decides what to answer there.
+    bool endsWithoutTool = true;
+};
+
+/// What came of a child.
+struct ChildEnd {
+    pid_t process
+        = -1; ///< what waitpid answered: the child, or -1 when there is none or it cannot be waited for
+    int status = 0; ///< as waitpid() gives it
+    bool isChild = false; ///< this is the child, which could not execute the tool
+
+    bool isKnown() const { return process > 0; }
+    /// Ended by itself with another status than 0.
+    bool failedByItself() const;
+    /// Ended by itself with status 0, core dumps aside.
+    bool succeeded() const { return isKnown() && (status & 0xff7f) == 0; }
+};
+
+/// Runs a tool to its end, however long that takes. A failed fork leaves everything at -1.
+ChildEnd RunTool(const ToolCall& call);
+
+/// Calls `work` in a child, which then ends with status 0, and waits for it.
+ChildEnd RunInChild(const std::function<void()>& work);
