@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kFiles[] = { "System/Library/CoreServices/SystemVersion.plist",
     "System/Library/CoreServices/ServerVersion.plist" };
 
-CFRef<CFDictionaryRef> SystemFacts(std::string volume)
+CFRef<CFMutableDictionaryRef> SystemFacts(std::string volume)
 {
     if (volume.back() != '/')
         volume += '/';
@@ -39,7 +39,7 @@ void SystemVersionAndBuildNumber(
 {
     if (volumePath == nullptr || *volumePath == 0)
         return;
-    const CFRef<CFDictionaryRef> facts = SystemFacts(volumePath);
+    const CFRef<CFMutableDictionaryRef> facts = SystemFacts(volumePath);
     if (!facts)
         return;
     CopyText(facts.get(), CFSTR("ProductVersion"), version, versionCapacity);

@@ -44,5 +44,5 @@ OSStatus ResizeVolume(const char* path, uint64_t size)
     });
     if (!end.isKnown())
         return paramErr;
-    return existed ? noErr : nsvErr;
+    return existed ? OSStatus { noErr } : nsvErr;
 }

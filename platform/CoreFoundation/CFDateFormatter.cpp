@@ -4,6 +4,7 @@
 
 #include <array>
 #include <string>
+#include <unicode/ucal.h>
 #include <unicode/udat.h>
 
 struct __CFDateFormatter : cf::Object {
@@ -38,6 +39,17 @@ std::u16string Characters(CFStringRef string)
     return text;
 }
 
+/// The time zone of the process as it is now; ICU's own default stays what it was at first. @return "" when unknown, which
+/// means that default.
+std::u16string TimeZone()
+{
+    std::u16string name(128, u'\0');
+    UErrorCode status = U_ZERO_ERROR;
+    const int32_t length = ucal_getHostTimeZone(name.data(), static_cast<int32_t>(name.size()), &status);
+    name.resize(U_SUCCESS(status) ? static_cast<size_t>(length) : 0);
+    return name;
+}
+
 }
 
 CFTypeID CFDateFormatterGetTypeID() { return __CFDateFormatter::typeID(); }
@@ -48,10 +60,12 @@ CFDateFormatterRef CFDateFormatterCreate(
     if (!IsStyle(dateStyle) || !IsStyle(timeStyle))
         return nullptr;
     const cf::Owned<CFLocaleRef> used(locale != nullptr ? cf::Retained(locale) : CFLocaleCopyCurrent());
+    const std::string identifier = cf::Utf8(CFLocaleGetIdentifier(used.get()));
+    const std::u16string zone = TimeZone();
     UErrorCode status = U_ZERO_ERROR;
-    UDateFormat* const format
-        = udat_open(kStyles[static_cast<size_t>(timeStyle)], kStyles[static_cast<size_t>(dateStyle)],
-            cf::Utf8(CFLocaleGetIdentifier(used.get())).c_str(), nullptr, 0, nullptr, 0, &status);
+    UDateFormat* const format = udat_open(kStyles[static_cast<size_t>(timeStyle)],
+        kStyles[static_cast<size_t>(dateStyle)], identifier.c_str(), zone.empty() ? nullptr : zone.data(),
+        static_cast<int32_t>(zone.size()), nullptr, 0, &status);
     return U_SUCCESS(status) ? new __CFDateFormatter(format) : nullptr;
 }
 

@@ -26,8 +26,12 @@ CFStringRef HostApplicationName(pid_t process)
 #include <Host/HostPath.h>
 #include <Host/HostText.h>
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <map>
+#include <mutex>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -97,36 +101,62 @@ cf::Owned<CFStringRef> NameOfBundle(const fs::path& path)
     return cf::Owned<CFStringRef>(cf::MakeString(path.stem().native()));
 }
 
-bool Starts(const DesktopEntry& entry, const fs::path& program)
+/// The file that a program's name or path means; "" when there is none.
+fs::path FindProgram(const std::string& program)
 {
-    if (fs::path(entry.program).filename() != program.filename() && !entry.program.starts_with('/'))
-        return false; // most entries, told apart without a look at the disk
-    if (entry.program.starts_with('/'))
-        return Resolved(entry.program) == program;
-    const std::vector<std::string> folders = Split(Variable("PATH", "/usr/local/bin:/usr/bin:/bin"), ':');
-    return std::any_of(folders.begin(), folders.end(),
-        [&](const std::string& folder) { return Resolved(fs::path(folder) / entry.program) == program; });
+    if (program.starts_with('/'))
+        return Resolved(program);
+    for (const std::string& folder : Split(Variable("PATH", "/usr/local/bin:/usr/bin:/bin"), ':')) {
+        fs::path file = Resolved(fs::path(folder) / program);
+        if (!file.empty())
+            return file;
+    }
+    return {};
 }
 
-/// @return null when no entry starts the program.
-cf::Owned<CFStringRef> NameInMenus(const fs::path& program)
+/// The applications in the host's menus by their programs; the user's own entries come before the system's.
+std::map<fs::path, DesktopEntry> ReadMenus()
 {
     std::vector<std::string> folders { Variable("XDG_DATA_HOME", HostHomeFolder() + "/.local/share") };
     for (const std::string& folder : Split(Variable("XDG_DATA_DIRS", "/usr/local/share:/usr/share"), ':'))
         folders.push_back(folder);
+    std::map<fs::path, DesktopEntry> entries;
     for (const std::string& folder : folders) {
         std::error_code error;
         fs::recursive_directory_iterator item(folder + "/applications", error);
         for (; !error && item != fs::recursive_directory_iterator(); item.increment(error)) {
             if (item->path().extension() != ".desktop")
                 continue;
-            const std::optional<DesktopEntry> entry = ReadDesktopEntry(HostText(item->path()).value_or(""));
-            if (entry && Starts(*entry, program))
-                return cf::Owned<CFStringRef>(cf::MakeString(entry->nameForUser()));
+            if (const std::optional<DesktopEntry> entry
+                = ReadDesktopEntry(HostText(item->path()).value_or("")))
+                entries.emplace(FindProgram(entry->program), *entry);
         }
     }
-    return {};
+    return entries;
 }
+
+/// The menus, read at most once a second, since whoever asks for one process most often asks for many.
+class Menus {
+public:
+    /// @return the name for the user of what starts the program; null when nothing does.
+    cf::Owned<CFStringRef> nameOf(const fs::path& program)
+    {
+        const std::scoped_lock lock(fMutex);
+        const auto now = std::chrono::steady_clock::now();
+        if (!fRead || now - *fRead > std::chrono::seconds(1)) {
+            fEntries = ReadMenus();
+            fRead = now;
+        }
+        const auto entry = fEntries.find(program);
+        return cf::Owned<CFStringRef>(
+            entry != fEntries.end() ? cf::MakeString(entry->second.nameForUser()) : nullptr);
+    }
+
+private:
+    std::mutex fMutex {};
+    std::optional<std::chrono::steady_clock::time_point> fRead {};
+    std::map<fs::path, DesktopEntry> fEntries {};
+};
 
 }
 
@@ -135,8 +165,9 @@ CFStringRef HostApplicationName(pid_t process)
     const fs::path program = ProgramOf(process);
     if (program.empty())
         return nullptr;
+    static Menus menus;
     const fs::path bundle = BundleOf(program);
-    return (bundle.empty() ? NameInMenus(program) : NameOfBundle(bundle)).release();
+    return (bundle.empty() ? menus.nameOf(program) : NameOfBundle(bundle)).release();
 }
 
 #endif

@@ -1,0 +1,46 @@
+#include "tools/inspect/Commands.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+constexpr Command kCommands[] = {
+    { "processes", "[NAME...]",
+        "running processes, or those whose short name is one of these;\n"
+        "an application also has the name that its user knows it by",
+        true, FindProcesses },
+    { "files", "[PATH...]",
+        "files and folders; of a bundle its program, version and whether its\n"
+        "signature holds, of a volume its system and its space.\n"
+        "Without a path, the folders that every system has",
+        false, FindFiles },
+};
+
+}
+
+const Command* CommandNamed(const std::string& name)
+{
+    const auto* const command = std::find_if(
+        std::begin(kCommands), std::end(kCommands), [&name](const Command& one) { return one.name == name; });
+    return command != std::end(kCommands) ? command : nullptr;
+}
+
+std::string UsageText()
+{
+    std::string text;
+    for (const Command& command : kCommands)
+        text += std::string(text.empty() ? "usage: " : "       ") + "velmora-inspect " + command.name
+            + " [--json] " + command.operands + '\n';
+    for (const Command& command : kCommands) {
+        std::string help = command.help;
+        for (size_t end = help.find('\n'); end != std::string::npos; end = help.find('\n', end + 1))
+            help.insert(end + 1, 12, ' ');
+        text += '\n' + std::string(command.name) + std::string(12 - std::string(command.name).size(), ' ')
+            + help;
+    }
+    return text
+        + "\n\n--json      a JSON array instead of a text for people\n"
+          "\nThe exit status is 0; 1 when something that was named is not there; 2 for a command line\n"
+          "that is not understood.\n";
+}
