@@ -1,9 +1,14 @@
 #include "util/CFRef.h"
+#include "util/PropertyLists.h"
 
 #include <benchmark/benchmark.h>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <plist/plist.h>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -95,8 +100,49 @@ void WritePeer(benchmark::State& state, bool xml)
     }
 }
 
+/// A file with the sample, removed at the end of the program.
+class SampleFile {
+public:
+    explicit SampleFile(bool xml)
+    {
+        const int file = mkstemp(fName);
+        const std::string& bytes = Sample(xml);
+        if (write(file, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+            std::abort();
+        close(file);
+    }
+    ~SampleFile() { unlink(fName); }
+    const char* name() const { return fName; }
+
+private:
+    char fName[32] = "/tmp/zek-bench-list-XXXXXX";
+};
+
+void ReadFileOurs(benchmark::State& state, bool xml)
+{
+    const SampleFile file(xml);
+    for ([[maybe_unused]] auto tick : state)
+        benchmark::DoNotOptimize(CFRef(CreateCFArrayWithContentsOfFile(file.name())).get());
 }
 
+void ReadFilePeer(benchmark::State& state, bool xml)
+{
+    const SampleFile file(xml);
+    for ([[maybe_unused]] auto tick : state) {
+        std::ifstream stream(file.name(), std::ios::binary);
+        const std::string bytes { std::istreambuf_iterator<char>(stream), {} };
+        benchmark::DoNotOptimize(ReadWithPlist(bytes).get());
+    }
+}
+
+}
+
+BENCHMARK_CAPTURE(ReadFileOurs, xml, true)->Name("read XML file/ours")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ReadFilePeer, xml, true)->Name("read XML file/libplist")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ReadFileOurs, binary, false)->Name("read binary file/ours")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ReadFilePeer, binary, false)
+    ->Name("read binary file/libplist")
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(ReadOurs, xml, true)->Name("read XML list/ours")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(ReadPeer, xml, true)->Name("read XML list/libplist")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(ReadOurs, binary, false)->Name("read binary list/ours")->Unit(benchmark::kMillisecond);

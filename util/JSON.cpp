@@ -1,21 +1,75 @@
 #include "util/JSON.h"
 
 #include "util/CFRef.h"
-#include "util/CFText.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace {
 
 /// Of each dictionary and array with what it holds, in bytes, with a zero at the end.
 constexpr size_t kTextLimit = 1048576;
+
+/// Text that becomes a data object without being copied once more.
+class TextBuffer {
+public:
+    TextBuffer() = default;
+    TextBuffer(const TextBuffer&) = delete;
+    TextBuffer& operator=(const TextBuffer&) = delete;
+    ~TextBuffer() { free(fBytes); }
+
+    size_t size() const { return fSize; }
+    const char* bytes() const { return fBytes; }
+    void append(char c)
+    {
+        *room(1) = c;
+        ++fSize;
+    }
+    void append(std::string_view piece)
+    {
+        std::memcpy(room(piece.size()), piece.data(), piece.size());
+        fSize += piece.size();
+    }
+    /// @return a new object with the text, which is gone from here.
+    CFDataRef createData()
+    {
+        const auto size = static_cast<CFIndex>(std::exchange(fSize, 0));
+        fCapacity = 0;
+        return CFDataCreateWithBytesNoCopy(kCFAllocatorDefault,
+            reinterpret_cast<UInt8*>(std::exchange(fBytes, nullptr)), size, kCFAllocatorMalloc);
+    }
+
+private:
+    char* room(size_t size)
+    {
+        if (size > fCapacity - fSize)
+            grow(size);
+        return fBytes + fSize;
+    }
+    void grow(size_t more)
+    {
+        const size_t capacity = std::max({ fCapacity * 2, fSize + more, size_t { 256 } });
+        void* const bytes = realloc(fBytes, capacity);
+        if (bytes == nullptr)
+            throw std::bad_alloc();
+        fBytes = static_cast<char*>(bytes);
+        fCapacity = capacity;
+    }
+
+    char* fBytes = nullptr;
+    size_t fSize = 0;
+    size_t fCapacity = 0;
+};
 
 /// A dictionary or array that is being written.
 struct Level {
@@ -31,8 +85,10 @@ struct Level {
 /// kept in a list of our own: they can be as many as the text has bytes.
 class Writer {
 public:
-    explicit Writer(std::string& text)
+    /// @param before the length of the text that this one is to be appended to.
+    Writer(TextBuffer& text, size_t before)
         : fText(text)
+        , fBefore(before)
     {
     }
 
@@ -56,20 +112,27 @@ private:
     bool step();
     bool leave();
     bool writeNumber(CFNumberRef number);
-    void writeString(CFStringRef string);
-    void append(std::string_view piece);
-    bool hasRoomFor(size_t size) const { return used() + size < kTextLimit; }
-    size_t used() const { return fText.size() - (fLevels.empty() ? 0 : fLevels.back().start); }
+    bool writeReal(double number);
+    bool writeString(CFStringRef string);
+    bool appendText(std::string_view text);
+    bool append(std::string_view piece);
+    bool append(char c) { return room() > 0 ? fText.append(c), true : append(std::string_view(&c, 1)); }
+    /// What the whole text can still take.
+    size_t room() const { return kTextLimit - 1 - fBefore - fText.size(); }
 
-    std::string& fText;
+    TextBuffer& fText;
+    const size_t fBefore;
     std::vector<Level> fLevels {};
     std::vector<const void*> fItems {}; ///< of all levels: the values, behind them the keys if there are any
 };
 
-/// As much as fits into the level that is being written.
-void Writer::append(std::string_view piece)
+/// Appends a piece. The outermost text takes as much as fits, and what does not fit is left out.
+/// @return false when it does not fit and the text is one within another, which then cannot take it either.
+bool Writer::append(std::string_view piece)
 {
-    fText.append(piece.substr(0, kTextLimit - 1 - std::min(used(), kTextLimit - 1)));
+    const bool fits = piece.size() <= room();
+    fText.append(piece.substr(0, room()));
+    return fits || fLevels.empty() || fBefore + fLevels.back().start == 0;
 }
 
 /// @return false for one that lies within itself, whose text would have no end. Looking only at depths that are powers of two
@@ -80,8 +143,7 @@ bool Writer::enter(CFTypeRef container, size_t count, bool isDictionary)
     if (std::has_single_bit(fLevels.size()) && std::any_of(fLevels.begin(), fLevels.end(), isContainer))
         return false;
     fLevels.push_back({ container, fText.size(), fItems.size(), count, isDictionary });
-    fText += isDictionary ? '{' : '[';
-    return true;
+    return append(isDictionary ? '{' : '[');
 }
 
 bool Writer::beginDictionary(CFDictionaryRef dictionary)
@@ -109,24 +171,20 @@ bool Writer::beginArray(CFArrayRef array)
 /// Writes a value, or the beginning of one that others follow in. What has no form is left out.
 bool Writer::begin(CFTypeRef object)
 {
-    if (object == nullptr) {
-        append("null");
-        return true;
-    }
+    if (object == nullptr)
+        return append("null");
     const CFTypeID type = CFGetTypeID(object);
+    if (type == CFStringGetTypeID())
+        return writeString(static_cast<CFStringRef>(object));
+    if (type == CFNumberGetTypeID())
+        return writeNumber(static_cast<CFNumberRef>(object));
     if (type == CFDictionaryGetTypeID())
         return beginDictionary(static_cast<CFDictionaryRef>(object));
     if (type == CFArrayGetTypeID())
         return beginArray(static_cast<CFArrayRef>(object));
-    if (type == CFNumberGetTypeID())
-        return writeNumber(static_cast<CFNumberRef>(object));
-    if (type == CFStringGetTypeID())
-        writeString(static_cast<CFStringRef>(object));
-    else if (type == CFBooleanGetTypeID())
-        append(CFBooleanGetValue(static_cast<CFBooleanRef>(object)) ? "true" : "false");
-    else if (type == CFDateGetTypeID())
-        append("some date");
-    return true;
+    if (type == CFBooleanGetTypeID())
+        return append(CFBooleanGetValue(static_cast<CFBooleanRef>(object)) ? "true" : "false");
+    return type != CFDateGetTypeID() || append("some date");
 }
 
 /// Writes the next value of the innermost level, or ends the level.
@@ -135,74 +193,85 @@ bool Writer::step()
     Level& level = fLevels.back();
     if (level.next == level.count)
         return leave();
-    // What does not fit into the outermost level will not fit once the levels within are whole.
-    if (fLevels.size() > 1 && fText.size() - fLevels.front().start >= kTextLimit)
-        return false;
     const size_t item = level.firstItem + level.next;
-    if (level.next++ > 0)
-        append(",");
+    if (level.next++ > 0 && !append(','))
+        return false;
     if (level.isDictionary) {
         const auto key = CFDynamicCast<CFStringRef>(fItems[item + level.count], CFStringGetTypeID());
-        if (key == nullptr)
+        if (key == nullptr || !writeString(key) || !append(':'))
             return false;
-        writeString(key);
-        append(":");
     }
     return begin(fItems[item]);
 }
 
 bool Writer::leave()
 {
-    const Level level = fLevels.back();
-    append(level.isDictionary ? "}" : "]");
-    fLevels.pop_back();
+    const Level& level = fLevels.back();
+    if (!append(level.isDictionary ? '}' : ']'))
+        return false;
     fItems.resize(level.firstItem);
-    return fLevels.empty() || used() < kTextLimit;
+    fLevels.pop_back();
+    return true;
 }
 
 bool Writer::writeNumber(CFNumberRef number)
 {
-    std::array<char, 400> text {}; // the largest number with six decimals
-    int size = 0;
     if (!CFNumberIsFloatType(number)) {
         long long whole = 0;
-        if (!CFNumberGetValue(number, kCFNumberLongLongType, &whole))
-            return false;
-        size = std::snprintf(text.data(), text.size(), "%lld", whole);
-    } else {
-        double real = 0;
-        const CFIndex bytes = CFNumberGetByteSize(number);
-        if (bytes != sizeof(double) && bytes != sizeof(float))
-            return false;
-        if (!CFNumberGetValue(number, kCFNumberDoubleType, &real))
-            return false;
-        size = std::snprintf(text.data(), text.size(), "%f", real);
+        return CFNumberGetValue(number, kCFNumberLongLongType, &whole) && append(std::to_string(whole));
     }
-    append({ text.data(), static_cast<size_t>(size) });
-    return true;
+    double real = 0;
+    const CFIndex size = CFNumberGetByteSize(number);
+    if (size != sizeof(double) && size != sizeof(float))
+        return false;
+    return CFNumberGetValue(number, kCFNumberDoubleType, &real) && writeReal(real);
 }
 
-/// One that does not fit whole is left out between its quotation marks.
-void Writer::writeString(CFStringRef string)
+/// Six decimals, as "%f" has them.
+bool Writer::writeReal(double number)
 {
-    append("\"");
-    if (const char* const ascii = CFStringGetCStringPtr(string, kCFStringEncodingUTF8); ascii != nullptr) {
-        const std::string_view text = ascii;
-        if (hasRoomFor(text.size()))
-            fText += text;
-    } else if (const std::string text = StdString(string); hasRoomFor(std::strlen(text.c_str()))) {
-        fText += text.c_str(); // as far as a C string goes
+    std::array<char, 400> text {}; // the largest number with six decimals
+    const double millionths = std::fabs(number) * 1e6;
+    const double nearest = std::floor(millionths + 0.5);
+    // So few digits are exact enough to be rounded without a library's care, unless they are about half way.
+    if (millionths < 1e15 && std::fabs(millionths - nearest) < 0.4) {
+        const auto whole = static_cast<uint64_t>(nearest);
+        const std::string digits = std::to_string(1000000 + whole % 1000000);
+        return (!std::signbit(number) || append('-')) && append(std::to_string(whole / 1000000))
+            && append('.') && append(std::string_view(digits).substr(1));
     }
-    append("\"");
+    const int size = std::snprintf(text.data(), text.size(), "%f", number);
+    return append({ text.data(), static_cast<size_t>(size) });
+}
+
+bool Writer::writeString(CFStringRef string)
+{
+    if (const char* const ascii = CFStringGetCStringPtr(string, kCFStringEncodingUTF8); ascii != nullptr)
+        return appendText(ascii);
+    const CFIndex longest
+        = CFStringGetMaximumSizeForEncoding(CFStringGetLength(string), kCFStringEncodingUTF8);
+    std::string text(std::min(kTextLimit, static_cast<size_t>(longest) + 1), '\0');
+    CFStringGetCString(string, text.data(), static_cast<CFIndex>(text.size()), kCFStringEncodingUTF8);
+    return appendText(
+        text.c_str()); // as far as a C string goes; nothing of one that has no UTF-8 form or is too long
+}
+
+/// A text that does not fit whole into its level is left out between its quotation marks.
+bool Writer::appendText(std::string_view text)
+{
+    if (!append('"'))
+        return false;
+    const size_t used = fLevels.empty() ? fBefore + fText.size() : fText.size() - fLevels.back().start;
+    return (used + text.size() >= kTextLimit || append(text)) && append('"');
 }
 
 bool CreateData(CFTypeRef container, CFDataRef* data)
 {
-    std::string text;
-    if (container == nullptr || data == nullptr || !Writer(text).write(container))
+    TextBuffer text;
+    if (container == nullptr || data == nullptr || !Writer(text, 0).write(container))
         return false;
-    *data = CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(text.c_str()),
-        static_cast<CFIndex>(text.size() + 1));
+    text.append('\0');
+    *data = text.createData();
     return *data != nullptr;
 }
 
@@ -219,9 +288,11 @@ bool ConvertObjectToJSON(CFTypeRef object, char* text)
 {
     if (text == nullptr)
         return false;
-    std::string written = text;
-    const bool isWritten = Writer(written).write(object) && written.size() < kTextLimit;
-    if (isWritten)
-        std::memcpy(text, written.c_str(), written.size() + 1);
-    return isWritten;
+    const size_t before = std::strlen(text);
+    TextBuffer written;
+    if (!Writer(written, before).write(object))
+        return false;
+    written.append('\0');
+    std::memcpy(text + before, written.bytes(), written.size());
+    return true;
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -75,6 +76,16 @@ TEST(JSONTest, EveryTypeHasItsForm)
     EXPECT_EQ(JSON(array.get()),
         "[\"a\"\\\n\",\"\u00e4\U0001F600\",true,false,some date,-9223372036854775808,-1,"
             + huge.substr(1, huge.size() - 2) + ",0.100000,,,[],{\"k\":[\"\"]}]");
+}
+
+TEST(JSONTest, RealsAreRoundedAsPrintfDoes)
+{
+    for (const double number : { 0.0, -0.0, 0.5e-6, 1.5e-6, -1e-9, 0.1, 2.675, 1.0000005, 123456.7890125,
+             999999.9999996, 1e9, -8388608.0000005, 1e15, 123456789012345.678, HUGE_VAL, 4e-324 }) {
+        char expected[400] = {};
+        std::snprintf(expected, sizeof expected, "[%f]", number);
+        EXPECT_EQ(JSON(Array({ Numeral(kCFNumberDoubleType, number).get() }).get()), expected);
+    }
 }
 
 TEST(JSONTest, TextsEndWhereTheyEndForC)
