@@ -1,5 +1,14 @@
 #include "Tool.h"
 
+#include "codesign/CodeSign.h"
+#include "kext/KextCache.h"
+#include "kext/KextStat.h"
+#include "kext/Vsdbutil.h"
+#include "power/Pmset.h"
+#include "profile/SystemProfiler.h"
+#include "registry/Diskutil.h"
+#include "registry/Ioreg.h"
+
 #include <algorithm>
 #include <array>
 #include <iostream>
@@ -7,7 +16,16 @@
 namespace {
 
 /// By name. CMakeLists.txt makes the links.
-constexpr std::array<Tool, 0> kTools {};
+constexpr auto kTools = std::to_array<Tool>({
+    { "codesign", CodeSign },
+    { "diskutil", Diskutil },
+    { "ioreg", Ioreg },
+    { "kextcache", KextCache },
+    { "kextstat", KextStat },
+    { "pmset", Pmset },
+    { "system_profiler", SystemProfiler },
+    { "vsdbutil", Vsdbutil },
+});
 
 }
 

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "host/HostTree.h"
+#include "profile/Item.h"
+
+#include <span>
+
+namespace profile {
+
+/// A fact that the host keeps in a file of its own.
+struct Fact {
+    const char* key; ///< of the report. Of several rows with the same one, the first that tells counts
+    const char* file; ///< below the folder that the facts are about
+    const char* before = ""; ///< goes in front of the content
+    const char* behind = ""; ///< goes after it
+};
+
+/// Makers' texts for what they did not fill in ("Default string") count as nothing told.
+/// @param folder name in the tree with a slash at its end, or "" for the whole tree.
+void AddFacts(Item& item, const HostTree& tree, const std::string& folder, std::span<const Fact> facts);
+/// @return the text; "" for what makers write instead of nothing.
+std::string Told(const std::string& text);
+
+/// Sizes of disks and volumes, in powers of ten: "500.28 GB", "209.7 MB", "4 KB".
+std::string DecimalSize(int64_t bytes);
+/// Sizes of memory, in powers of two: "16 GB", "1.5 MB".
+std::string BinarySize(int64_t bytes);
+/// @return the memory installed, in bytes, in the best words that the host has for it.
+std::optional<int64_t> PhysicalMemory(const HostTree& tree);
+
+/// @param address of a PCI device, "0000:00:1f.2". @return its name, "pci8086,1c03" where nobody knows one.
+std::string PciName(const HostTree& tree, const std::string& address);
+/// @param path resolved, of anything. @return the PCI address of the device that it hangs on; "" when there is none.
+std::string PciAddressIn(const HostTree& tree, const std::string& path);
+
+} // namespace profile
