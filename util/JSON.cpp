@@ -40,6 +40,14 @@ public:
         std::memcpy(room(piece.size()), piece.data(), piece.size());
         fSize += piece.size();
     }
+    void appendQuoted(std::string_view piece)
+    {
+        char* const quoted = room(piece.size() + 2);
+        quoted[0] = '"';
+        std::memcpy(quoted + 1, piece.data(), piece.size());
+        quoted[piece.size() + 1] = '"';
+        fSize += piece.size() + 2;
+    }
     /// @return a new object with the text, which is gone from here.
     CFDataRef createData()
     {
@@ -124,6 +132,7 @@ private:
     const size_t fBefore;
     std::vector<Level> fLevels {};
     std::vector<const void*> fItems {}; ///< of all levels: the values, behind them the keys if there are any
+    std::vector<char> fWide {}; ///< the last string that was not all ASCII
 };
 
 /// Appends a piece. The outermost text takes as much as fits, and what does not fit is left out.
@@ -234,31 +243,43 @@ bool Writer::writeReal(double number)
     const double millionths = std::fabs(number) * 1e6;
     const double nearest = std::floor(millionths + 0.5);
     // So few digits are exact enough to be rounded without a library's care, unless they are about half way.
-    if (millionths < 1e15 && std::fabs(millionths - nearest) < 0.4) {
-        const auto whole = static_cast<uint64_t>(nearest);
-        const std::string digits = std::to_string(1000000 + whole % 1000000);
-        return (!std::signbit(number) || append('-')) && append(std::to_string(whole / 1000000))
-            && append('.') && append(std::string_view(digits).substr(1));
+    if (!(millionths < 1e15 && std::fabs(millionths - nearest) < 0.4)) {
+        const int size = std::snprintf(text.data(), text.size(), "%f", number);
+        return append({ text.data(), static_cast<size_t>(size) });
     }
-    const int size = std::snprintf(text.data(), text.size(), "%f", number);
-    return append({ text.data(), static_cast<size_t>(size) });
+    auto rest = static_cast<uint64_t>(nearest);
+    size_t start = text.size();
+    for (int digit = 0; digit < 7 || rest > 0; ++digit, rest /= 10) {
+        if (digit == 6)
+            text[--start] = '.';
+        text[--start] = static_cast<char>('0' + rest % 10);
+    }
+    if (std::signbit(number))
+        text[--start] = '-';
+    return append({ text.data() + start, text.size() - start });
 }
 
 bool Writer::writeString(CFStringRef string)
 {
     if (const char* const ascii = CFStringGetCStringPtr(string, kCFStringEncodingUTF8); ascii != nullptr)
         return appendText(ascii);
-    const CFIndex longest
-        = CFStringGetMaximumSizeForEncoding(CFStringGetLength(string), kCFStringEncodingUTF8);
-    std::string text(std::min(kTextLimit, static_cast<size_t>(longest) + 1), '\0');
-    CFStringGetCString(string, text.data(), static_cast<CFIndex>(text.size()), kCFStringEncodingUTF8);
+    const CFRange whole = CFRangeMake(0, CFStringGetLength(string));
+    fWide.resize(static_cast<size_t>(CFStringGetMaximumSizeForEncoding(whole.length, kCFStringEncodingUTF8)));
+    CFIndex size = 0;
+    const CFIndex converted = CFStringGetBytes(string, whole, kCFStringEncodingUTF8, 0, false,
+        reinterpret_cast<UInt8*>(fWide.data()), static_cast<CFIndex>(fWide.size()), &size);
+    // As far as a C string goes; nothing of one that has no form in UTF-8.
     return appendText(
-        text.c_str()); // as far as a C string goes; nothing of one that has no UTF-8 form or is too long
+        { fWide.data(), converted == whole.length ? strnlen(fWide.data(), static_cast<size_t>(size)) : 0 });
 }
 
 /// A text that does not fit whole into its level is left out between its quotation marks.
 bool Writer::appendText(std::string_view text)
 {
+    if (text.size() + 2 <= room()) {
+        fText.appendQuoted(text);
+        return true;
+    }
     if (!append('"'))
         return false;
     const size_t used = fLevels.empty() ? fBefore + fText.size() : fText.size() - fLevels.back().start;
