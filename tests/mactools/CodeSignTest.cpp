@@ -212,7 +212,6 @@ TEST_F(CodeSignTest, DamagedSealsAreRefused)
 {
     const std::string damaged
         = std::string(kApp) + ": invalid resource directory (directory or signature have been modified)\n";
-    const std::string badRules = std::string(kApp) + ": invalid resource specification rule(s)\n";
     const fs::path seal = app / kSeal;
     sign();
 
@@ -229,12 +228,12 @@ TEST_F(CodeSignTest, DamagedSealsAreRefused)
     EXPECT_EQ(verify().error, damaged);
     sign();
     alterSeal("^(.*/)?", "^(.*/");
-    EXPECT_EQ(verify().error, badRules);
+    EXPECT_EQ(verify().error, damaged);
     sign();
     alterSeal("^PkgInfo$", "^(([a-z]+)+)+:$"); // would try for ages
     const std::string slow = "Contents/" + std::string(60, 'a');
     write(slow, "");
-    EXPECT_EQ(verify().error, badRules);
+    EXPECT_EQ(verify().error, damaged);
 
     fs::remove(app / slow);
     sign();
@@ -259,12 +258,13 @@ TEST_F(CodeSignTest, NamesInASealLeadNowhere)
 {
     TestVolume::write(volume.root() / "data.txt", "data");
     const std::string files = "<key>files2</key>\n\t<dict>";
+    const std::string key = files + "<key>";
     const std::string item = "</key><dict><key>hash</key><data>oXyaqmHoChv3HQ2FCvTluqmAC70=</data></dict>";
     const std::string missing = kBad + "file missing: " + kApp + "/Contents/";
     for (const std::string name :
         { "../../../data.txt", "Resources/../Resources/data.txt", "/Resources/data.txt", "" }) {
         sign();
-        alterSeal(files, files + "<key>" + name + item);
+        alterSeal(files, std::string(key).append(name).append(item));
         EXPECT_EQ(verify().error, missing + name + "\n");
     }
 }

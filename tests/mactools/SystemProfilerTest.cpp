@@ -52,11 +52,11 @@ TEST_F(SystemProfilerTest, ListsMountedVolumesOnceEachWithTheirSpace)
     host.add("sys/",
         { { "devices/x/sda2/dev", "8:2\n" }, { "class/block/sda2", "-> sys/devices/x/sda2" },
             { "dev/block/8:2", "-> sys/devices/x/sda2" } });
-    host.add("run/udev/data/", { { "b8:2", "E:ID_FS_LABEL_ENC=Main\\x20One\nE:ID_FS_UUID=aa-bb\n" } });
+    host.add("run/udev/data/", { { "b8:2", "E:ID_FS_LABEL_ENC=Main\\x20=1\nE:ID_FS_UUID=aa-bb\n" } });
     const Item::List items = StorageItems(host.tree());
 
     ASSERT_EQ(items.size(), 2U);
-    EXPECT_EQ(items[0].text("_name"), "Main One");
+    EXPECT_EQ(items[0].text("_name"), "Main =1");
     EXPECT_EQ(items[0].text("volume_uuid"), "aa-bb");
     EXPECT_THAT(Flat(items[0]), HasSubstr("free_space_in_bytes: "));
     EXPECT_EQ(Flat(items[1]),
@@ -98,7 +98,7 @@ TEST_F(SystemProfilerTest, ShowsTheLastLinesOfLogsThatAreText)
 {
     std::string lines;
     for (int i = 0; lines.size() < 100000; ++i)
-        lines += "line " + std::to_string(i) + " \x1B[31m\xC3(\n";
+        lines += "line " + std::to_string(i) + " \x1B[31m\u009B\xC3(\n";
     host.add("var/log/",
         { { "syslog", lines }, { "wtmp", std::string("a\0b", 3) }, { "old.gz", "x\n" },
             { "self", "-> var/log/syslog" } });

@@ -94,7 +94,7 @@ std::string ReadSeal(const Bundle& bundle, Seal& seal)
     if (files == nullptr || rules == nullptr || !ReadItems(files, seal.items))
         return kDamagedSeal;
     seal.version = newFiles ? 2 : 1;
-    return seal.rules.read(rules) ? "" : kDamagedRules;
+    return seal.rules.read(rules) ? "" : kDamagedSeal;
 }
 
 }

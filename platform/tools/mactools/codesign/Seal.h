@@ -10,7 +10,6 @@ namespace codesign {
 
 constexpr const char* kUnsigned = "code object is not signed at all";
 constexpr const char* kDamagedSeal = "invalid resource directory (directory or signature have been modified)";
-constexpr const char* kDamagedRules = "invalid resource specification rule(s)";
 
 struct SealedItem {
     enum class Kind { file, link, code };

@@ -212,7 +212,7 @@ SealRules::Answer Verification::askRules(const std::string& path)
 {
     const std::optional<SealRules::Answer> answer = fSeal.rules.answer(path);
     if (!answer)
-        note(kDamagedRules);
+        note(kDamagedSeal);
     return answer.value_or(SealRules::Answer::omitted);
 }
 

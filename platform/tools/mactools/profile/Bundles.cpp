@@ -6,7 +6,6 @@
 #include <Host/HostPath.h>
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <sys/stat.h>
 
@@ -82,6 +81,7 @@ Item::List BundleItems(const Kind& kind)
     for (const std::string& folder : kind.folders)
         Collect(folder, kind.extension, kDepth, bundles);
     std::sort(bundles.begin(), bundles.end());
+    bundles.erase(std::unique(bundles.begin(), bundles.end()), bundles.end()); // who has no home has "/"
     Item::List items;
     for (const std::string& bundle : bundles)
         items.push_back(BundleItem(bundle, kind));

@@ -58,19 +58,14 @@ std::string ProcessorSpeed(const HostTree& tree, const TextPairs& cpu)
     return gigahertz > 0 ? text.data() : "";
 }
 
-struct MemoryFact {
-    const char* key;
-    const char* property; ///< of udev, after "MEMORY_DEVICE_0_"
-    const char* behind;
-};
-
-constexpr std::array<MemoryFact, 6> kModule { {
-    { "dimm_type", "TYPE", "" },
-    { "dimm_speed", "CONFIGURED_SPEED_MTS", " MHz" },
-    { "dimm_speed", "SPEED_MTS", " MHz" },
-    { "dimm_manufacturer", "MANUFACTURER", "" },
-    { "dimm_part_number", "PART_NUMBER", "" },
-    { "dimm_serial_number", "SERIAL_NUMBER", "" },
+/// Not files, but what udev has under "MEMORY_DEVICE_0_" and these names.
+constexpr std::array<Fact, 6> kModule { {
+    { "dimm_type", "TYPE" },
+    { "dimm_speed", "CONFIGURED_SPEED_MTS", "", " MHz" },
+    { "dimm_speed", "SPEED_MTS", "", " MHz" },
+    { "dimm_manufacturer", "MANUFACTURER" },
+    { "dimm_part_number", "PART_NUMBER" },
+    { "dimm_serial_number", "SERIAL_NUMBER" },
 } };
 
 Item Module(const TextPairs& dmi, const std::string& slot)
@@ -80,10 +75,10 @@ Item Module(const TextPairs& dmi, const std::string& slot)
     Item item(bank + (bank.empty() || locator.empty() ? "" : "/") + locator);
     const int64_t size = NumberIn(ValueOf(dmi, slot + "SIZE")).value_or(0);
     if (size == 0)
-        return item.set("dimm_size", "empty").set("dimm_status", "empty"), item;
+        return item.set("dimm_size", "empty").set("dimm_status", "empty");
     item.set("dimm_size", BinarySize(size));
-    for (const MemoryFact& fact : kModule) {
-        const std::string text = Told(ValueOf(dmi, slot + fact.property));
+    for (const Fact& fact : kModule) {
+        const std::string text = Told(ValueOf(dmi, slot + fact.file));
         item.set(fact.key, text.empty() ? "" : text + fact.behind);
     }
     return item;

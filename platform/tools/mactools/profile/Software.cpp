@@ -36,9 +36,9 @@ Mount MountIn(const HostTree& tree, const std::string& line)
     words >> skipped >> skipped >> number >> skipped >> mount.point >> mount.options;
     while (words >> skipped && skipped != "-") { }
     words >> mount.type >> source;
-    if (!source.starts_with("/dev/"))
-        return {};
     mount.point = Unescaped(mount.point);
+    if (!source.starts_with("/dev/") || !mount.point.starts_with('/'))
+        return {};
     // Some file systems have a number of their own instead of their device's.
     std::string block = tree.resolved("sys/dev/block/" + number);
     block = block.empty() ? source : block;

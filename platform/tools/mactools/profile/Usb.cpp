@@ -20,6 +20,7 @@ constexpr std::array<Fact, 6> kDevice { {
     { "serial_num", "serial" },
     { "bus_power_used", "bMaxPower" },
 } };
+
 struct Speed {
     const char* megabits;
     const char* word;
@@ -41,7 +42,7 @@ std::string ChildPrefix(const std::string& parent)
 
 bool IsChild(const std::string& name, const std::string& prefix)
 {
-    return name.size() > prefix.size() && name.starts_with(prefix)
+    return name.starts_with(prefix)
         && name.find_first_not_of("0123456789", prefix.size()) == std::string::npos;
 }
 
