@@ -24,7 +24,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/postrm)
 
 # Beside the libraries: programs that are started, and the reader of the images, which is loaded.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "pkexec, polkitd, qt6-image-formats-plugins")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "pkexec, polkitd, procps, qt6-image-formats-plugins")
 # Whoever lacks these still has the unattended mode, or can do without the links.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "dbus-user-session | dbus-session-bus, lxpolkit | polkit-1-auth-agent, xdg-utils")
