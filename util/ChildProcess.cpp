@@ -2,6 +2,7 @@
 
 #include <Host/HostPath.h>
 #include <cerrno>
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,6 +44,14 @@ ChildEnd RunTool(const ToolCall& call)
     if (call.attend)
         call.attend();
     return WaitFor(child);
+}
+
+void MakeStandardOutput(int descriptor)
+{
+    if (descriptor == STDOUT_FILENO)
+        fcntl(descriptor, F_SETFD, 0); // it is to stay open in the tool
+    else
+        dup2(descriptor, STDOUT_FILENO);
 }
 
 ChildEnd RunInChild(const std::function<void()>& work)

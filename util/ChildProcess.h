@@ -39,5 +39,9 @@ struct ChildEnd {
 /// Runs a tool to its end, however long that takes. A failed fork leaves everything at -1.
 ChildEnd RunTool(const ToolCall& call);
 
+/// For ToolCall::prepare: what the descriptor leads to becomes the tool's standard output, also where the caller has none
+/// and the descriptor has taken its number.
+void MakeStandardOutput(int descriptor);
+
 /// Calls `work` in a child, which then ends with status 0, and waits for it.
 ChildEnd RunInChild(const std::function<void()>& work);

@@ -13,13 +13,10 @@ bool Capture(const char* path, ToolCall call)
 {
     if (path == nullptr || !RemoveFileOrDirectory(path))
         return false;
-    const int file = open(HostPath(path).c_str(), O_RDWR | O_CREAT | O_TRUNC, 0644);
+    const int file = open(HostPath(path).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (file < 0)
         return false;
-    call.prepare = [file] {
-        dup2(file, STDOUT_FILENO);
-        close(file);
-    };
+    call.prepare = [file] { MakeStandardOutput(file); };
     const ChildEnd end = RunTool(call);
     close(file);
     return end.isKnown() && end.status == 0;

@@ -66,7 +66,7 @@ bool CreateSymbolicLink(const char* target, const char* linkPath)
     if (target == nullptr || linkPath == nullptr || !output.open())
         return false;
     ToolCall call { "/bin/ln", { "ln", "-s", HostPath(target), HostPath(linkPath) } };
-    call.prepare = [&output] { dup2(output.writeEnd(), STDOUT_FILENO); };
+    call.prepare = [&output] { MakeStandardOutput(output.writeEnd()); };
     call.attend = [&output] {
         output.closeWriteEnd();
         std::array<char, 256> unused {};

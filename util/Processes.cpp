@@ -76,7 +76,7 @@ pid_t Get_ProcessID(const char* name)
     ToolCall call { "/bin/ps", { "ps", "acxww" } };
     call.endsWithoutTool = false;
     call.prepare = [&output] {
-        dup2(output.writeEnd(), STDOUT_FILENO);
+        MakeStandardOutput(output.writeEnd());
         output.closeReadEnd();
     };
     call.attend = [&output, &found, name] {

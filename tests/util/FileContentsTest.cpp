@@ -117,6 +117,7 @@ TEST_F(FileContentsTest, MergedFilesStandBehindEachOther)
     EXPECT_FALSE(MergeFiles("/private/tmp/long", "1234567", nullptr, "/private/tmp/other", 0));
     EXPECT_FALSE(MergeFiles("/private/tmp/none", "", b, "/private/tmp/other", 0));
     EXPECT_FALSE(MergeFiles(a, "", "/sys/class/net/lo/mtu", "/private/tmp/other", 0));
+    EXPECT_FALSE(MergeFiles(a, "", "/private/tmp", "/private/tmp/other", 0));
     EXPECT_FALSE(fs::exists(path("other")));
     EXPECT_FALSE(MergeFiles(a, "text", b, "/private/tmp/pipe", 0)) << "nobody reads it";
     EXPECT_FALSE(MergeFiles(a, "text", b, "/dev/full", 0));
