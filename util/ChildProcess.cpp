@@ -10,7 +10,7 @@ namespace {
 
 ChildEnd WaitFor(pid_t child)
 {
-    ChildEnd end;
+    ChildEnd end { .wasForked = true };
     do
         end.process = waitpid(child, &end.status, 0);
     while (end.process < 0 && errno == EINTR);

@@ -24,8 +24,8 @@ struct ToolCall {
 
 /// What came of a child.
 struct ChildEnd {
-    pid_t process
-        = -1; ///< what waitpid answered: the child, or -1 when there is none or it cannot be waited for
+    bool wasForked = false; ///< there was a child, whatever became of it
+    pid_t process = -1; ///< what waitpid answered: the child, or -1 when there is none to be waited for
     int status = 0; ///< as waitpid() gives it
     bool isChild = false; ///< this is the child, which could not execute the tool
 
@@ -36,7 +36,7 @@ struct ChildEnd {
     bool succeeded() const { return isKnown() && (status & 0xff7f) == 0; }
 };
 
-/// Runs a tool to its end, however long that takes. A failed fork leaves everything at -1.
+/// Runs a tool to its end, however long that takes. A failed fork leaves everything as it is in ChildEnd.
 ChildEnd RunTool(const ToolCall& call);
 
 /// For ToolCall::prepare: what the descriptor leads to becomes the tool's standard output, also where the caller has none

@@ -23,7 +23,7 @@ OSStatus CreateFileFromContentsOfBuffer(const void* buffer, uint32_t length, con
 /// bytes. @return a new object that the caller releases; null for what cannot be read, as above.
 CFDataRef CreateCFDataFromContentsOfFile(const char* path, uint32_t maximumLength, bool keepStart);
 
-/// @return false, with nothing written, for null and for empty data; else true, whatever came of writing.
+/// @return false, with nothing written, for data that is empty or null; else true, whatever came of writing.
 bool SetContentsOfFileToCFData(const char* path, CFDataRef data);
 
 /// Writes one file's contents, a text and another file's contents behind each other, 4096 bytes at most. The output may be

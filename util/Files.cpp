@@ -20,7 +20,7 @@ constexpr uint32_t kSystem10_4_8 = 0x10480000;
 constexpr uint32_t kLastSystem10_4 = 0x104fffff;
 constexpr uint32_t kSystem10_5 = 0x10500000;
 
-bool DidNotFail(const ChildEnd& end) { return end.isKnown() && !end.failedByItself(); }
+bool DidNotFail(const ChildEnd& end) { return end.wasForked && !end.failedByItself(); }
 
 bool Look(const char* path, struct stat& info)
 {
@@ -93,7 +93,8 @@ bool UpdateAppleBootPartitionsMKextCacheForVolume(const char* volumePath)
         return true;
     ToolCall call { "/usr/sbin/kextcache", { "kextcache", "-f", "-u", volumePath } };
     call.prepare = [] { DisableStdIO(); };
-    return RunTool(call).succeeded() || (volumes > kLastSystem10_4 && running < kSystem10_5);
+    const ChildEnd end = RunTool(call);
+    return end.wasForked && (end.succeeded() || (volumes > kLastSystem10_4 && running < kSystem10_5));
 }
 
 bool FileOrDirectoryExists(const char* path, uint64_t* size, bool* isFolder)

@@ -8,7 +8,8 @@
 
 /// Copies with "cp -rf".
 /// @return false only when cp ended by itself with another status than 0, and when there was no child: a cp that was killed
-/// counts as having succeeded, and so does a missing one.
+/// counts as having succeeded, and so does a missing one,
+/// and one whose end this process does not hear of.
 bool CopyFileOrDirectory(const char* source, const char* destination);
 /// Moves with "mv -f". @return as for copying.
 bool MoveFileOrDirectory(const char* source, const char* destination);

@@ -37,6 +37,8 @@ public:
     }
     void append(std::string_view piece)
     {
+        if (piece.empty())
+            return; // there may be no room yet
         std::memcpy(room(piece.size()), piece.data(), piece.size());
         fSize += piece.size();
     }
@@ -125,6 +127,11 @@ private:
     bool appendText(std::string_view text);
     bool append(std::string_view piece);
     bool append(char c) { return room() > 0 ? fText.append(c), true : append(std::string_view(&c, 1)); }
+    /// What the text of the level has.
+    size_t used() const
+    {
+        return fLevels.empty() ? fBefore + fText.size() : fText.size() - fLevels.back().start;
+    }
     /// What the whole text can still take.
     size_t room() const { return kTextLimit - 1 - fBefore - fText.size(); }
 
@@ -132,6 +139,8 @@ private:
     const size_t fBefore;
     std::vector<Level> fLevels {};
     std::vector<const void*> fItems {}; ///< of all levels: the values, behind them the keys if there are any
+    CFTypeRef fMark = nullptr; ///< the open level that is kept in mind
+    size_t fMarkDepth = 0; ///< how many levels it lies in
     std::vector<char> fWide {}; ///< the last string that was not all ASCII
 };
 
@@ -144,13 +153,16 @@ bool Writer::append(std::string_view piece)
     return fits || fLevels.empty() || fBefore + fLevels.back().start == 0;
 }
 
-/// @return false for one that lies within itself, whose text would have no end. Looking only at depths that are powers of two
-/// finds it all the same, a few rounds later, and the looking stays in proportion to the depth.
+/// @return false for one that lies within itself, whose text would have no end. To find that, one open level is kept in mind:
+/// the last one at a depth that is a power of two. Going round in circles comes back to it sooner or later.
 bool Writer::enter(CFTypeRef container, size_t count, bool isDictionary)
 {
-    const auto isContainer = [container](const Level& level) { return level.container == container; };
-    if (std::has_single_bit(fLevels.size()) && std::any_of(fLevels.begin(), fLevels.end(), isContainer))
+    if (container == fMark)
         return false;
+    if (std::has_single_bit(fLevels.size() + 1)) {
+        fMark = container;
+        fMarkDepth = fLevels.size();
+    }
     fLevels.push_back({ container, fText.size(), fItems.size(), count, isDictionary });
     return append(isDictionary ? '{' : '[');
 }
@@ -220,6 +232,8 @@ bool Writer::leave()
         return false;
     fItems.resize(level.firstItem);
     fLevels.pop_back();
+    if (fLevels.size() == fMarkDepth)
+        fMark = nullptr; // it is left: meeting it again is no circle
     return true;
 }
 
@@ -245,7 +259,12 @@ bool Writer::writeReal(double number)
     // So few digits are exact enough to be rounded without a library's care, unless they are about half way.
     if (!(millionths < 1e15 && std::fabs(millionths - nearest) < 0.4)) {
         const int size = std::snprintf(text.data(), text.size(), "%f", number);
-        return append({ text.data(), static_cast<size_t>(size) });
+        const std::string_view printed(text.data(), static_cast<size_t>(size));
+        if (!std::isfinite(number))
+            return append(printed);
+        // What stands between the digits is the locale's.
+        return append(printed.substr(0, printed.find_first_not_of("-0123456789"))) && append('.')
+            && append(printed.substr(printed.size() - 6));
     }
     auto rest = static_cast<uint64_t>(nearest);
     size_t start = text.size();
@@ -261,9 +280,11 @@ bool Writer::writeReal(double number)
 
 bool Writer::writeString(CFStringRef string)
 {
+    const CFRange whole = CFRangeMake(0, CFStringGetLength(string));
+    if (used() + 1 + static_cast<size_t>(whole.length) >= kTextLimit)
+        return appendText({}); // each of its units takes a byte or more
     if (const char* const ascii = CFStringGetCStringPtr(string, kCFStringEncodingUTF8); ascii != nullptr)
         return appendText(ascii);
-    const CFRange whole = CFRangeMake(0, CFStringGetLength(string));
     fWide.resize(static_cast<size_t>(CFStringGetMaximumSizeForEncoding(whole.length, kCFStringEncodingUTF8)));
     CFIndex size = 0;
     const CFIndex converted = CFStringGetBytes(string, whole, kCFStringEncodingUTF8, 0, false,
@@ -282,8 +303,7 @@ bool Writer::appendText(std::string_view text)
     }
     if (!append('"'))
         return false;
-    const size_t used = fLevels.empty() ? fBefore + fText.size() : fText.size() - fLevels.back().start;
-    return (used + text.size() >= kTextLimit || append(text)) && append('"');
+    return (used() + text.size() >= kTextLimit || append(text)) && append('"');
 }
 
 bool CreateData(CFTypeRef container, CFDataRef* data)
@@ -310,6 +330,8 @@ bool ConvertObjectToJSON(CFTypeRef object, char* text)
     if (text == nullptr)
         return false;
     const size_t before = std::strlen(text);
+    if (before >= kTextLimit)
+        return false;
     TextBuffer written;
     if (!Writer(written, before).write(object))
         return false;

@@ -76,8 +76,8 @@ pid_t Get_ProcessID(const char* name)
     ToolCall call { "/bin/ps", { "ps", "acxww" } };
     call.endsWithoutTool = false;
     call.prepare = [&output] {
+        output.closeReadEnd(); // first: it may have standard output's number
         MakeStandardOutput(output.writeEnd());
-        output.closeReadEnd();
     };
     call.attend = [&output, &found, name] {
         output.closeWriteEnd();

@@ -13,8 +13,8 @@
 int DisableStdIO();
 
 /// The first other process of a name, from the output of "ps acxww". Only the first word of a command is compared, with
-/// lines of fewer than 256 characters. Waits for ps. Should ps be missing, the child that was to become it comes back as a
-/// copy of the caller with the answer 0.
+/// lines of fewer than 256 characters. Waits for ps; a signal that interrupts reading ends the search. Should
+/// ps be missing, the child that was to become it comes back as a copy of the caller with the answer 0.
 /// @param name null and "" are no names. @return the process, or 0.
 pid_t Get_ProcessID(const char* name);
 
@@ -24,7 +24,7 @@ pid_t Get_ProcessID(const char* name);
 /// @return the process, never the caller itself, or 0.
 pid_t SearchBufferFor_PID(char* buffer, size_t* leftover, const char* name);
 
-/// How many processes have this short command name, of which the kernel keeps 16 bytes with the zero.
+/// How many processes have this short command name. It has 16 bytes at most; a longer one is nobody's.
 int NumberOfProcessesWithName(const char* name);
 
 /// Whether "codesign --verify" accepts what lies at the path. A tool that was killed counts as having accepted it. Should

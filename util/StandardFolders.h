@@ -4,7 +4,8 @@
 #include <cstddef>
 
 // Paths of folders that every Mac has, as a Mac program writes them. None is made or looked for. Buffers are the caller's,
-// with their capacity in bytes; a path of 1024 bytes or more with its zero byte, or that does not fit, is paramErr.
+// with their capacity in bytes; a path of 1024 bytes or more, or that does not fit with its zero byte, is
+// paramErr. The home folder is the user database's, unless CFFIXED_USER_HOME names another.
 
 /// "Library" in the user's home folder. @return paramErr as well for a user that the user database does not know.
 OSStatus CreateUserLibraryPathname(char* buffer, size_t capacity);

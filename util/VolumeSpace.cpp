@@ -42,7 +42,7 @@ OSStatus ResizeVolume(const char* path, uint64_t size)
         (void)!setuid(0); // the file system itself refuses whoever has no right
         fsctl(hostPath.c_str(), kResizeVolume, &size, 0);
     });
-    if (!end.isKnown())
+    if (!end.wasForked)
         return paramErr;
     return existed ? OSStatus { noErr } : nsvErr;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -84,6 +85,21 @@ bool ReadStat(const std::string& text, kinfo_proc& record)
     return fields == 5;
 }
 
+/// Completes a name that the host has cut after 15 bytes, where it is the one of the program's file.
+void CompleteName(const std::string& folder, kinfo_proc& record)
+{
+    constexpr size_t hostsLongest = 15;
+    const std::string name = record.kp_proc.p_comm;
+    if (name.size() != hostsLongest)
+        return;
+    std::array<char, PATH_MAX> program {};
+    const ssize_t size = readlink((folder + "/exe").c_str(), program.data(), program.size());
+    const std::string path(program.data(), static_cast<size_t>(std::max<ssize_t>(size, 0)));
+    const std::string file = path.substr(path.rfind('/') + 1);
+    if (file.rfind(name, 0) == 0)
+        std::memcpy(record.kp_proc.p_comm, file.data(), std::min<size_t>(file.size(), MAXCOMLEN));
+}
+
 /// Reads the users and groups of /proc/…/status.
 void ReadOwners(const std::string& text, kinfo_proc& record)
 {
@@ -107,6 +123,7 @@ std::vector<kinfo_proc> ReadProcess(pid_t process)
     record.kp_proc.p_pid = process;
     if (!stat || !ReadStat(*stat, record))
         return {};
+    CompleteName(folder, record);
     ReadOwners(HostText(folder + "/status").value_or(""), record);
     return { record };
 }

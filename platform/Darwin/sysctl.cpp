@@ -129,7 +129,8 @@ int sysctl(int* name, u_int namelen, void* oldp, size_t* oldlenp, void* newp, si
         if (namelen != 2)
             return ENOENT;
         return AnswerFact(
-            [name](const Fact& one) { return one.top == name[0] && one.second == name[1]; }, room);
+            [name](const Fact& one) { return one.top != 0 && one.top == name[0] && one.second == name[1]; },
+            room);
     });
 }
 

@@ -117,13 +117,14 @@ fs::path FindProgram(const std::string& program)
 /// The applications in the host's menus by their programs; the user's own entries come before the system's.
 std::map<fs::path, DesktopEntry> ReadMenus()
 {
-    std::vector<std::string> folders { Variable("XDG_DATA_HOME", HostHomeFolder() + "/.local/share") };
+    std::vector<std::string> folders { HostDataFolder() };
     for (const std::string& folder : Split(Variable("XDG_DATA_DIRS", "/usr/local/share:/usr/share"), ':'))
         folders.push_back(folder);
     std::map<fs::path, DesktopEntry> entries;
     for (const std::string& folder : folders) {
         std::error_code error;
-        fs::recursive_directory_iterator item(folder + "/applications", error);
+        fs::recursive_directory_iterator item(
+            folder + "/applications", fs::directory_options::skip_permission_denied, error);
         for (; !error && item != fs::recursive_directory_iterator(); item.increment(error)) {
             if (item->path().extension() != ".desktop")
                 continue;

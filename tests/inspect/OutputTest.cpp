@@ -46,5 +46,8 @@ TEST(InspectOutputTest, JSONIsEscapedAndLeavesOutWhatIsNotKnown)
     std::ostringstream out;
     EXPECT_TRUE(WriteJSON(out, std::vector<Record>(4, Record { { "k", "K", wide } })))
         << "more than one text may hold";
+    const std::vector<Record> tooLong { { { "k", "K", std::string(87380, '\x01') },
+        { "l", "L", wide + wide } } };
+    EXPECT_FALSE(WriteJSON(out, tooLong));
     EXPECT_EQ(out.str().size(), 4 * (400000 + 8) + 3 * 2 + 3U);
 }

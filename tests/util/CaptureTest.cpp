@@ -36,12 +36,9 @@ TEST_F(CaptureTest, EachToolIsAskedInItsWordsAndWritesIntoTheFile)
     EXPECT_EQ(fs::status(path("out")).permissions(), fs::perms(0644));
 
     fs::remove(path("out"));
-    EXPECT_EQ(AsStranger([&] {
-        fs::path own = fs::temp_directory_path() / ("zek-capture-" + std::to_string(getpid()));
+    EXPECT_EQ(inChild([&] {
         close(STDOUT_FILENO); // the file takes its number
-        const bool done = CaptureSleepPreferencesToFile(own.c_str()) && TestVolume::read(own) == "settings\n";
-        fs::remove(own);
-        return done ? 1 : 0;
+        return CaptureSleepPreferencesToFile(out) && TestVolume::read(path("out")) == "settings\n" ? 1 : 0;
     }),
         1);
 }

@@ -45,6 +45,8 @@ TEST_F(FileContentsTest, WholeFilesOfAFittingSizeAreRead)
 {
     TestVolume::write(path("file"), std::string("a\0b", 3));
     EXPECT_EQ(Contents("/private/tmp/file"), std::string("a\0b", 3));
+    fs::resize_file(path("file"), 20000000);
+    EXPECT_EQ(Contents("/private/tmp/file").size(), 20000000U);
     TestVolume::write(path("empty"), "");
     TestVolume::write(path("huge"), "");
     fs::resize_file(path("huge"), (uint64_t { 1 } << 30) + 1);
@@ -107,6 +109,8 @@ TEST_F(FileContentsTest, MergedFilesStandBehindEachOther)
     EXPECT_EQ(fs::status(path("out")).permissions(), fs::perms(0600));
     EXPECT_TRUE(MergeFiles(a, nullptr, b, a, 0));
     EXPECT_EQ(TestVolume::read(path("a")), "first  last") << "the output may be an input";
+    EXPECT_TRUE(MergeFiles(nullptr, "short", nullptr, "/private/tmp/out", 0));
+    EXPECT_EQ(TestVolume::read(path("out")), "short");
     EXPECT_TRUE(MergeFiles(nullptr, nullptr, nullptr, "/private/tmp/empty", 0));
     EXPECT_EQ(fs::status(path("empty")).permissions(), fs::perms(0644));
 

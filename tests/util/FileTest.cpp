@@ -7,6 +7,7 @@
 #include "util/Volumes.h"
 
 #include <array>
+#include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -59,6 +60,11 @@ TEST_F(FileTest, WholeTreesAreCopiedMovedAndRemoved)
     EXPECT_EQ(TestVolume::read(path("link/a/b")), "text");
     EXPECT_TRUE(TouchFileOrDirectory("/private/tmp/touched"));
     EXPECT_TRUE(FileOrDirectoryExists("/private/tmp/touched", nullptr, nullptr));
+    EXPECT_EQ(inChild([] {
+        (void)signal(SIGCHLD, SIG_IGN); // nobody hears how a child ended
+        return TouchFileOrDirectory("/private/tmp/touched") && ResizeVolume("/proc", 1) == noErr ? 1 : 0;
+    }),
+        1);
     EXPECT_TRUE(RemoveFileOrDirectory("/private/tmp/tree"));
     EXPECT_FALSE(fs::exists(path("tree")));
     EXPECT_FALSE(fs::exists(path("copy")));
@@ -222,7 +228,12 @@ TEST_F(FileTest, StandardFoldersFitTheirBufferOrAreRefused)
     EXPECT_EQ(
         CreateApplicationSupportFolderPathnameForVolume("/V", fitting.c_str(), wide.data(), wide.size()),
         paramErr);
-    EXPECT_STREQ(wide.data(), "") << "cleared";
+    EXPECT_EQ(std::string(wide.data(), wide.size()), std::string(wide.size(), '\0')) << "cleared";
+    for (const char* none : { static_cast<const char*>(nullptr), "", "/" }) {
+        EXPECT_EQ(
+            CreateApplicationSupportFolderPathnameForVolume(none, nullptr, wide.data(), wide.size()), noErr);
+        EXPECT_STREQ(wide.data(), "/Library/Application Support");
+    }
 }
 
 TEST_F(FileTest, TheSystemsVersionDecidesWhereExtensionsLie)
@@ -242,7 +253,9 @@ TEST_F(FileTest, TheSystemsVersionDecidesWhereExtensionsLie)
     EXPECT_STREQ(version.data(), "10.8.5");
     EXPECT_STREQ(build.data(), "8L127");
     EXPECT_EQ(ReturnSystemVersionOnVolume("/Volumes/Server/"), 0x10908000U);
-    installSystem("", "10.8.5.1234567890"); // no room in sixteen bytes
+    installSystem("", "10.8.5b1-234567"); // just fits into sixteen bytes
+    EXPECT_EQ(ReturnSystemVersionOnVolume("/"), 0x10856001U);
+    installSystem("", "10.8.5b1-2345678");
     EXPECT_EQ(ReturnSystemVersionOnVolume("/"), 0U);
 }
 
@@ -256,8 +269,12 @@ TEST_F(FileTest, VolumesTellTheirSpace)
     EXPECT_TRUE(GetVolumeTotalAndFreeBytes("/proc", &total, &free, &available));
     EXPECT_EQ(total, 0U) << "nothing is kept there";
     ASSERT_EQ(statvfs(folder().c_str(), &host), 0);
-    EXPECT_TRUE(GetVolumeTotalAndFreeBytes("/private/tmp", &total, nullptr, nullptr));
+    EXPECT_TRUE(GetVolumeTotalAndFreeBytes("/private/tmp", nullptr, nullptr, nullptr));
+    EXPECT_TRUE(GetVolumeTotalAndFreeBytes("/private/tmp", &total, &free, &available));
     EXPECT_EQ(total, host.f_frsize * host.f_blocks);
+    const double others = 2e9; // who write meanwhile
+    EXPECT_NEAR(static_cast<double>(free), static_cast<double>(host.f_frsize * host.f_bfree), others);
+    EXPECT_NEAR(static_cast<double>(available), static_cast<double>(host.f_frsize * host.f_bavail), others);
     EXPECT_FALSE(GetVolumeTotalAndFreeBytes("/private/none", &total, &free, &available));
     EXPECT_TRUE(total == 0 && free == 0 && available == 0);
 

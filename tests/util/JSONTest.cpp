@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -78,13 +79,18 @@ TEST(JSONTest, EveryTypeHasItsForm)
             + huge.substr(1, huge.size() - 2) + ",0.100000,,,[],{\"k\":[\"\"]}]");
 }
 
-TEST(JSONTest, RealsAreRoundedAsPrintfDoes)
+TEST(JSONTest, RealsAreRoundedAsPrintfDoesWithAPoint)
 {
     for (const double number : { 0.0, -0.0, 0.5e-6, 1.5e-6, -1e-9, 0.1, 2.675, 1.0000005, 123456.7890125,
              999999.9999996, 1e9, -8388608.0000005, 1e15, 123456789012345.678, HUGE_VAL, 4e-324 }) {
         char expected[400] = {};
         std::snprintf(expected, sizeof expected, "[%f]", number);
-        EXPECT_EQ(JSON(Array({ Numeral(kCFNumberDoubleType, number).get() }).get()), expected);
+        const CFRef<CFMutableArrayRef> array = Array({ Numeral(kCFNumberDoubleType, number).get() });
+        EXPECT_EQ(JSON(array.get()), expected);
+        if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") != nullptr) {
+            EXPECT_EQ(JSON(array.get()), expected);
+        }
+        std::setlocale(LC_NUMERIC, "C");
     }
 }
 
@@ -117,6 +123,7 @@ TEST(JSONTest, LevelsMayBeManyButNotWithinThemselves)
     EXPECT_EQ(JSON(outer.get()), "[[[\"x\"]],[[\"x\"]]]") << "twice is not within itself";
     CFArrayAppendValue(inner.get(), middle.get());
     EXPECT_EQ(JSON(outer.get()), "refused");
+    EXPECT_EQ(JSON(Array({ Array({ Array({ middle.get() }).get() }).get() }).get()), "refused");
     CFArrayRemoveAllValues(inner.get()); // else they would keep each other
 }
 
@@ -134,6 +141,8 @@ TEST(JSONTest, AnOuterTextIsCutAndAnInnerOneThatDoesNotFitIsRefused)
         << "with the outer bracket too long";
     const CFRef<CFMutableArrayRef> full = Array({ Long(fitting).get() });
     EXPECT_EQ(JSON(Array({ full.get(), full.get(), full.get() }).get()), "refused");
+    EXPECT_EQ(JSON(Array({ Long(600000).get(), Array({ Long(600000).get() }).get() }).get()), "refused")
+        << "the inner text fits into its own level";
 }
 
 TEST(JSONTest, ValuesAreAppendedToATextOfTheSameLimit)
@@ -148,5 +157,10 @@ TEST(JSONTest, ValuesAreAppendedToATextOfTheSameLimit)
     EXPECT_TRUE(ConvertObjectToJSON(Long(kLimit - 20).get(), text.data()));
     EXPECT_TRUE(ConvertObjectToJSON(CFSTR("does not fit any more"), text.data()));
     EXPECT_EQ(std::string(text.data()).size(), kLimit - 3);
+    EXPECT_TRUE(ConvertObjectToJSON(nullptr, text.data())) << "cut";
+    EXPECT_TRUE(ConvertObjectToJSON(CFSTR("x"), text.data())) << "nothing fits";
+    EXPECT_FALSE(ConvertObjectToJSON(Array({}).get(), text.data()));
+    EXPECT_EQ(std::string(text.data()).size(), kLimit - 1);
+    EXPECT_TRUE(std::string(text.data()).ends_with("\"\"nu"));
     EXPECT_FALSE(ConvertObjectToJSON(nullptr, nullptr));
 }

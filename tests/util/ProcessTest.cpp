@@ -1,7 +1,9 @@
 #include "UtilityTest.h"
 
 #include "util/CFRef.h"
-#include "util/CFText.h"
+#include "util/DiagnosticsCapture.h"
+#include "util/FileContents.h"
+#include "util/Files.h"
 #include "util/Processes.h"
 
 #include <csignal>
@@ -13,6 +15,9 @@ namespace {
 
 class ProcessTest : public UtilityTest { };
 
+/// A name for processes that no other test gives at the same time.
+std::string own(const std::string& name) { return "z" + std::to_string(getpid()) + name; }
+
 /// A process that does nothing until the object goes.
 class Sleeper {
 public:
@@ -22,6 +27,8 @@ public:
         prctl(PR_GET_NAME, own);
         prctl(PR_SET_NAME, name); // a child has the name from the start
         fProcess = fork();
+        if (fProcess == 0)
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
         while (fProcess == 0)
             pause();
         prctl(PR_SET_NAME, own);
@@ -85,8 +92,14 @@ TEST(ProcessListTest, TheCallerAndLongAndUnfinishedLinesAreNeverFound)
 
 TEST_F(ProcessTest, ProcessesAreFoundInTheListOfPs)
 {
-    const Sleeper sleeper("zek-sleeps");
-    EXPECT_EQ(Get_ProcessID("zek-sleeps"), sleeper.process());
+    const std::string name = own("sl");
+    const Sleeper sleeper(name.c_str());
+    EXPECT_EQ(Get_ProcessID(name.c_str()), sleeper.process());
+    EXPECT_EQ(inChild([&] {
+        close(STDOUT_FILENO); // the pipe takes its number
+        return Get_ProcessID(name.c_str()) == sleeper.process() ? 1 : 0;
+    }),
+        1);
     EXPECT_EQ(Get_ProcessID("zek-absent"), 0);
     EXPECT_EQ(Get_ProcessID(nullptr), 0);
 
@@ -110,12 +123,12 @@ TEST_F(ProcessTest, ProcessesAreFoundInTheListOfPs)
 
 TEST_F(ProcessTest, ProcessesAreCountedByTheirShortName)
 {
-    const Sleeper one("zek-counted");
-    const Sleeper two("zek-counted");
-    const Sleeper odd("zek-a) b (c");
-    EXPECT_EQ(NumberOfProcessesWithName("zek-counted"), 2);
-    EXPECT_EQ(NumberOfProcessesWithName("zek-a) b (c"), 1);
-    EXPECT_EQ(NumberOfProcessesWithName("zek-count"), 0);
+    const Sleeper one(own("n").c_str());
+    const Sleeper two(own("n").c_str());
+    const Sleeper odd(own(") b (").c_str());
+    EXPECT_EQ(NumberOfProcessesWithName(own("n").c_str()), 2);
+    EXPECT_EQ(NumberOfProcessesWithName(own(") b (").c_str()), 1);
+    EXPECT_EQ(NumberOfProcessesWithName(own("").c_str()), 0);
     EXPECT_EQ(NumberOfProcessesWithName("a name longer than sixteen bytes"), 0);
     EXPECT_EQ(NumberOfProcessesWithName(nullptr), 0);
     EXPECT_FALSE(PreviewProcessRunning());
@@ -126,7 +139,7 @@ TEST_F(ProcessTest, ProcessesAreCountedByTheirShortName)
 
 TEST_F(ProcessTest, StandardStreamsLeadToNobodyAndErrorsAreClosed)
 {
-    const int status = AsStranger([] {
+    const int status = inChild([] {
         const int lowest = open("/", O_RDONLY);
         close(lowest);
         const auto leadsToNull = [](int descriptor) {
@@ -151,8 +164,10 @@ TEST_F(ProcessTest, SignaturesAreJudgedByTheExitStatusAlone)
     EXPECT_EQ(fVolume.calls(), "codesign\n--verify\n" + longest + "\n\n")
         << "run for a path that is too long";
 
-    plant("/usr/bin/codesign", "exit 3");
+    plant("/usr/bin/codesign", "echo heard; exit 3");
+    testing::internal::CaptureStdout();
     EXPECT_FALSE(CodeSignatureValid("x"));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     plant("/usr/bin/codesign", "kill -9 $$");
     EXPECT_TRUE(CodeSignatureValid("x"));
     spoil("/usr/bin/codesign");
@@ -165,8 +180,14 @@ TEST_F(ProcessTest, NoCallLeavesADescriptorOrAChild)
         = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
     const auto before = descriptors();
     plant("/usr/bin/codesign", "exit 0");
+    plant("/usr/bin/pmset", "echo settings");
     Get_ProcessID("zek-absent");
     CodeSignatureValid("x");
+    CaptureSleepPreferencesToFile("/private/tmp/out");
+    MergeFiles("/private/tmp/out", "", nullptr, "/private/tmp/merged", 0);
+    CFRelease(CreateCFDataFromContentsOfFile("/private/tmp/merged", 0, true));
+    CreateFileFromContentsOfBuffer("x", 1, "/private/tmp/merged");
+    CreateSymbolicLink("merged", "/private/tmp/link");
     EXPECT_EQ(descriptors(), before);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "there is a child";
 }

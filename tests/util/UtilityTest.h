@@ -45,5 +45,16 @@ protected:
         return copys;
     }
 
+    /// What `body` answers in a child of its own.
+    static int inChild(const std::function<int()>& body)
+    {
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(body());
+        int status = 0;
+        waitpid(child, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
     TestVolume fVolume {};
 };

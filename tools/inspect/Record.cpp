@@ -7,6 +7,7 @@
 
 namespace {
 
+constexpr size_t kLongestJSON = 1000000; ///< bytes, somewhat less than the library writes
 constexpr const char* kReplacement = "\xEF\xBF\xBD";
 
 bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
@@ -38,13 +39,18 @@ std::string Escaped(const std::string& text)
     return escaped;
 }
 
-CFRef<CFTypeRef> ObjectForJSON(const Value& value)
+/// @param size is increased by the bytes of its text, about.
+CFRef<CFTypeRef> ObjectForJSON(const Value& value, size_t& size)
 {
+    constexpr size_t longestNumber = 20;
+    size += longestNumber;
     if (const auto* const yes = std::get_if<bool>(&value))
         return CFRef<CFTypeRef>::Retained(*yes ? kCFBooleanTrue : kCFBooleanFalse);
     if (const auto* const number = std::get_if<int64_t>(&value))
         return CFRef<CFTypeRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt64Type, number));
-    return CFRef<CFTypeRef>(CFText(Escaped(std::get<std::string>(value))).release());
+    const std::string text = Escaped(std::get<std::string>(value));
+    size += text.size();
+    return CFRef<CFTypeRef>(CFText(text).release());
 }
 
 std::string Plain(const Value& value)
@@ -87,9 +93,15 @@ CFRef<CFDictionaryRef> DictionaryForJSON(const Record& record)
 {
     CFRef<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
         kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    size_t size = 0;
     for (const Field& field : record) {
-        if (!std::holds_alternative<std::monostate>(field.value))
-            CFDictionarySetValue(dictionary.get(), CFText(field.key).get(), ObjectForJSON(field.value).get());
+        if (std::holds_alternative<std::monostate>(field.value))
+            continue;
+        const CFRef<CFStringRef> key = CFText(field.key);
+        CFDictionarySetValue(dictionary.get(), key.get(), ObjectForJSON(field.value, size).get());
+        size += static_cast<size_t>(CFStringGetLength(key.get()));
     }
+    if (size > kLongestJSON)
+        return {};
     return CFRef<CFDictionaryRef>(dictionary.release());
 }

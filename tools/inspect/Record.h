@@ -27,4 +27,5 @@ std::string Shown(const Field& field);
 std::string ValidUTF8(std::string_view bytes);
 
 /// The record for the library's JSON writer, which writes texts as they stand: they are escaped here.
+/// @return null for one whose text would be longer than the library writes.
 CFRef<CFDictionaryRef> DictionaryForJSON(const Record& record);

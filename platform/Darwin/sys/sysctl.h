@@ -41,7 +41,7 @@ struct kinfo_proc {
         pid_t p_pid;
         char p_unused3[198];
         signed char p_nice;
-        char p_comm[MAXCOMLEN + 1]; ///< short name of the program, zero-terminated; the host keeps 15 bytes
+        char p_comm[MAXCOMLEN + 1]; ///< short name of the program, zero-terminated
         char p_unused4[36];
     } kp_proc;
     struct {
