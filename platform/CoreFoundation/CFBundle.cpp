@@ -104,10 +104,7 @@ void AddTexts(CFArrayRef array, std::vector<std::string>& texts)
 {
     const CFIndex count = array ? CFArrayGetCount(array) : 0;
     for (CFIndex i = 0; i < count; ++i) {
-        const CFTypeRef entry = CFArrayGetValueAtIndex(array, i);
-        std::string text;
-        if (CFGetTypeID(entry) == CFStringGetTypeID())
-            text = cf::Utf8(static_cast<CFStringRef>(entry));
+        const std::string text = cf::TextOf(CFArrayGetValueAtIndex(array, i));
         if (!text.empty() && std::find(texts.begin(), texts.end(), text) == texts.end())
             texts.push_back(text);
     }

@@ -63,6 +63,11 @@ std::string Utf8(CFStringRef string, bool* ok)
     return bytes ? std::move(*bytes) : std::string();
 }
 
+std::string TextOf(CFTypeRef value)
+{
+    return As<__CFString>(value) ? Utf8(static_cast<CFStringRef>(value)) : "";
+}
+
 }
 
 CFStringRef __CFStringMakeConstantString(const char* cStr)

@@ -4,7 +4,9 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace cf {
@@ -59,7 +61,32 @@ void Object::release() const
     if (before < 1)
         Fail("CFRelease", "released more often than retained");
     if (before == 1)
-        delete this;
+        destroy();
+}
+
+/// A container's contents go with it. Those that lie deeper than the stack may take wait until the ones around them are gone.
+void Object::destroy() const
+{
+    constexpr int deepest = 1000;
+    struct Thread {
+        int depth;
+        std::vector<const Object*>* waiting; ///< null where there are none, so that nothing is left to a thread's end
+    };
+    static thread_local Thread thread {};
+    if (thread.depth == deepest) {
+        if (thread.waiting == nullptr)
+            thread.waiting = new std::vector<const Object*>;
+        thread.waiting->push_back(this);
+        return;
+    }
+    ++thread.depth;
+    delete this;
+    --thread.depth;
+    if (thread.depth > 0 || thread.waiting == nullptr)
+        return;
+    const std::unique_ptr<std::vector<const Object*>> waiting(std::exchange(thread.waiting, nullptr));
+    for (const Object* const object : *waiting)
+        object->destroy();
 }
 
 CFStringRef Object::copyDescription() const

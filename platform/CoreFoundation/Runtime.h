@@ -79,6 +79,8 @@ protected:
     virtual ~Object() = default;
 
 private:
+    void destroy() const;
+
     static constexpr int32_t kImmortal = INT32_MAX / 2;
 
     mutable std::atomic<int32_t> fCount;
@@ -158,5 +160,7 @@ CFStringRef MakeString(std::string_view utf8) CF_RETURNS_RETAINED;
 /// The string in UTF-8, without regard to what C makes of null characters. @param ok receives false when
 /// there is no UTF-8 form (a surrogate stands alone); the answer is then "". May be null.
 std::string Utf8(CFStringRef string, bool* ok = nullptr);
+/// @param value may be null or of another class. @return the string in UTF-8; "" where it is none.
+std::string TextOf(CFTypeRef value);
 
 }

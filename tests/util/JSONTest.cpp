@@ -50,10 +50,10 @@ std::string JSON(CFArrayRef array)
 }
 
 /// An array around an array, this often.
-CFRef<CFMutableArrayRef> Nested(int levels)
+CFRef<CFMutableArrayRef> Nested(size_t levels)
 {
     CFRef<CFMutableArrayRef> array = Array({});
-    for (int i = 1; i < levels; ++i)
+    for (size_t i = 1; i < levels; ++i)
         array = Array({ array.get() });
     return array;
 }
@@ -115,7 +115,9 @@ TEST(JSONTest, WhatHasNoTextIsRefused)
 
 TEST(JSONTest, LevelsMayBeManyButNotWithinThemselves)
 {
-    EXPECT_EQ(JSON(Nested(10000).get()), std::string(10000, '[') + std::string(10000, ']'));
+    const size_t most = (kLimit - 1) / 2;
+    EXPECT_TRUE(JSON(Nested(most).get()) == std::string(most, '[') + std::string(most, ']'));
+    EXPECT_EQ(JSON(Nested(most + 2).get()), "refused");
 
     const CFRef<CFMutableArrayRef> inner = Array({ CFSTR("x") });
     const CFRef<CFMutableArrayRef> middle = Array({ inner.get() });
