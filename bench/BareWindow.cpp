@@ -21,8 +21,8 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "usage: bare_window WIDTH HEIGHT\n");
         return 2;
     }
-    const int width = std::atoi(argv[1]);
-    const int height = std::atoi(argv[2]);
+    const int width = static_cast<int>(std::strtol(argv[1], nullptr, 10));
+    const int height = static_cast<int>(std::strtol(argv[2], nullptr, 10));
     QWidget window;
     window.setObjectName("BareWindow");
     window.setFixedSize(width, height);

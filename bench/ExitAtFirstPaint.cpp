@@ -23,10 +23,10 @@ protected:
         // The event reaches the window only after this, and then the picture has to go to the display; back in the
         // main loop both are done.
         if (event->type() == QEvent::Paint && watched->objectName() == objectName())
-            QMetaObject::invokeMethod(
-                this, [] { std::_Exit(EXIT_SUCCESS); }, Qt::QueuedConnection);
+            startTimer(0);
         return false;
     }
+    void timerEvent(QTimerEvent*) override { std::_Exit(EXIT_SUCCESS); }
 };
 
 void WatchForFirstPaint()

@@ -35,7 +35,7 @@ void ParsePeer(benchmark::State& state)
         for (const char* const text : kTexts) {
             int major = 0, minor = 0, bugFix = 0, number = 0;
             char stage = 0;
-            benchmark::DoNotOptimize(
+            benchmark::DoNotOptimize( // NOLINTNEXTLINE(cert-err34-c): the peer is what is in use elsewhere
                 std::sscanf(text, "%2d.%2d.%2d %c%3d", &major, &minor, &bugFix, &stage, &number));
         }
     });

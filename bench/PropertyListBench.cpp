@@ -18,12 +18,12 @@ std::string SampleXML()
     std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<array>\n";
     for (int i = 0; i < 2000; ++i) {
         const std::string number = std::to_string(i);
-        xml += "<dict><key>Label</key><string>com.example.job" + number
-            + "</string><key>Program</key><string>/Users/someone/Library/Application Support/Job " + number
-            + "/job</string><key>KeepAlive</key><true/><key>Interval</key><integer>" + number
-            + "</integer><key>Load</key><real>0.25</real><key>When</key><date>2024-05-06T07:08:09Z</date>"
-              "<key>Arguments</key><array><string>one</string><string>zw\xC3\xB6lf</string></array>"
-              "<key>Blob</key><data>AAECAwQFBgcICQ==</data></dict>\n";
+        xml += "<dict><key>Label</key><string>com.example.job" + number;
+        xml += "</string><key>Program</key><string>/Users/someone/Library/Application Support/Job " + number;
+        xml += "/job</string><key>KeepAlive</key><true/><key>Interval</key><integer>" + number;
+        xml += "</integer><key>Load</key><real>0.25</real><key>When</key><date>2024-05-06T07:08:09Z</date>"
+               "<key>Arguments</key><array><string>one</string><string>zw\xC3\xB6lf</string></array>"
+               "<key>Blob</key><data>AAECAwQFBgcICQ==</data></dict>\n";
     }
     return xml + "</array>\n</plist>\n";
 }

@@ -15,7 +15,7 @@ std::string Agreement()
     std::string text = "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss\\fcharset0 Helvetica;}"
                        "{\\f1\\fswiss\\fcharset0 Helvetica-Bold;}}\n"
                        "{\\colortbl;\\red255\\green255\\blue255;\\red0\\green0\\blue0;}\n";
-    for (int clause = 1; text.size() < 200 * 1024; clause++) {
+    for (int clause = 1; text.size() < size_t { 200 } * 1024; clause++) {
         text += "\\pard\\tx220\\tx720\\li720\\fi-720\\sa120\n\\f1\\b\\fs24 \\cf2 {\\listtext\t"
             + std::to_string(clause) + ".\t}Limits of liability.\n\\f0\\b0  ";
         for (int sentence = 0; sentence < 4; sentence++)

@@ -60,12 +60,12 @@ template <class Open, class Close> void RunRounds(benchmark::State& state, Open 
     }
 }
 
-template <class Controller> void WindowOurs(benchmark::State& state, void (*show)())
+template <class Controller, void (*kShow)()> void WindowOurs(benchmark::State& state)
 {
     RunRounds(
         state,
-        [show] {
-            show();
+        [] {
+            kShow();
             return Controller::openController() != nullptr;
         },
         [] { Controller::openController()->close(); });
@@ -106,8 +106,10 @@ public:
     }
 };
 
+PeerLoader* gPeerLoader = nullptr; ///< one for all, since making one looks for plug-ins
+
 /// No texts, no images, no agreement: only the controls as the .ui has them.
-void WindowPeer(benchmark::State& state, PeerLoader& loader, const std::string& nibName)
+void WindowPeer(benchmark::State& state, const std::string& nibName)
 {
     const QString file = QFile::decodeName((MainBundleResources() + "/" + nibName + ".ui").c_str());
     std::unique_ptr<QWidget> window;
@@ -116,7 +118,7 @@ void WindowPeer(benchmark::State& state, PeerLoader& loader, const std::string& 
         [&] {
             QFile nib(file);
             if (nib.open(QIODevice::ReadOnly))
-                window.reset(loader.load(&nib));
+                window.reset(gPeerLoader->load(&nib));
             if (window != nullptr)
                 window->show();
             return window != nullptr;
@@ -127,38 +129,28 @@ void WindowPeer(benchmark::State& state, PeerLoader& loader, const std::string& 
         });
 }
 
-/// @param ours a function that takes the benchmark's state.
-template <class Ours>
-void RegisterPair(const std::string& name, Ours ours, PeerLoader& loader, const std::string& nibName)
-{
-    benchmark::RegisterBenchmark((name + "/ours").c_str(), ours)->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark((name + "/QUiLoader").c_str(), [&loader, nibName](benchmark::State& state) {
-        WindowPeer(state, loader, nibName);
-    })->Unit(benchmark::kMillisecond);
-}
-
-void RegisterAll(PeerLoader& loader)
-{
-    RegisterPair(
-        "open, paint, close the license window",
-        [](benchmark::State& state) {
-            WindowOurs<LicenseWindowController>(state, LicenseWindowController::showLicenseWindow);
-        },
-        loader, "LicenseWindow");
-    RegisterPair(
-        "open, paint, close the install window",
-        [](benchmark::State& state) {
-            WindowOurs<InstallWindowController>(state, InstallWindowController::showInstallWindow);
-        },
-        loader, "InstallWindow");
-    RegisterPair(
-        "open, paint, close the About window",
-        [](benchmark::State& state) {
-            WindowOurs<AboutWindowController>(state, AboutWindowController::showAboutWindow);
-        },
-        loader, "AboutWindow");
-    RegisterPair("open, paint, close an alert", AlertOurs, loader, "DialogWindow");
-}
+BENCHMARK_TEMPLATE(WindowOurs, LicenseWindowController, LicenseWindowController::showLicenseWindow)
+    ->Name("open, paint, close the license window/ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WindowPeer, license, "LicenseWindow")
+    ->Name("open, paint, close the license window/QUiLoader")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(WindowOurs, InstallWindowController, InstallWindowController::showInstallWindow)
+    ->Name("open, paint, close the install window/ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WindowPeer, install, "InstallWindow")
+    ->Name("open, paint, close the install window/QUiLoader")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(WindowOurs, AboutWindowController, AboutWindowController::showAboutWindow)
+    ->Name("open, paint, close the About window/ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WindowPeer, about, "AboutWindow")
+    ->Name("open, paint, close the About window/QUiLoader")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(AlertOurs)->Name("open, paint, close an alert/ours")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WindowPeer, alert, "DialogWindow")
+    ->Name("open, paint, close an alert/QUiLoader")
+    ->Unit(benchmark::kMillisecond);
 
 }
 
@@ -177,10 +169,11 @@ int main(int argc, char* argv[])
     // A controller that is never told that the application has launched does nothing when a window closes.
     RecordingFrontEnd frontEnd;
     AppController::init(frontEnd);
-    PeerLoader loader; // one for all, since making one looks for plug-ins
-    RegisterAll(loader);
+    PeerLoader loader;
+    gPeerLoader = &loader;
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    gPeerLoader = nullptr;
     return EXIT_SUCCESS;
 }

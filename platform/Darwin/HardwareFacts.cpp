@@ -1,6 +1,6 @@
 #include "HardwareFacts.h"
 
-#include <Host/HostText.h>
+#include <Host/Computer.h>
 
 #include <cstdlib>
 #include <sys/sysinfo.h>
@@ -37,12 +37,8 @@ std::optional<std::string> MachineName()
 
 std::optional<std::string> ModelName()
 {
-    for (const char* file : { "/sys/class/dmi/id/product_name", "/sys/firmware/devicetree/base/model" }) {
-        const std::string name = HostLine(file).value_or("");
-        if (!name.empty())
-            return name;
-    }
-    return {};
+    const std::string name = ComputerModel(HostTree());
+    return name.empty() ? std::nullopt : std::optional(name);
 }
 
 std::optional<uint64_t> ProcessorCount()
@@ -60,13 +56,13 @@ std::optional<uint64_t> MemorySize()
 
 std::optional<uint64_t> CacheSize(int level, const char* kind)
 {
-    for (int index = 0;; ++index) {
-        const std::string folder = "/sys/devices/system/cpu/cpu0/cache/index" + std::to_string(index);
-        const std::optional<std::string> type = HostLine(folder + "/type");
-        if (!type)
-            return {};
-        const std::optional<std::string> size = HostLine(folder + "/size");
-        if (size && *type == kind && HostLine(folder + "/level") == std::to_string(level))
-            return SizeInBytes(*size);
+    const HostTree host;
+    const std::string caches = "sys/devices/system/cpu/cpu0/cache/";
+    for (const std::string& name : host.names(caches)) {
+        const std::string cache = caches + name;
+        const std::string size = host.text(cache + "/size");
+        if (!size.empty() && host.text(cache + "/type") == kind && host.number(cache + "/level") == level)
+            return SizeInBytes(size);
     }
+    return {};
 }

@@ -74,6 +74,7 @@ bool ReadStat(const std::string& text, kinfo_proc& record)
     char state = 0;
     int nice = 0;
     unsigned long long start = 0;
+    // NOLINTNEXTLINE(cert-err34-c): the kernel writes no number that does not fit
     const int fields = std::sscanf(text.c_str() + nameEnd + 1,
         " %c %d %d %*d %*d %*d %*u %*u %*u %*u %*u %*u %*u %*d %*d %*d %d %*d %*d %llu", &state,
         &record.kp_eproc.e_ppid, &record.kp_eproc.e_pgid, &nice, &start);
@@ -106,11 +107,13 @@ void ReadOwners(const std::string& text, kinfo_proc& record)
     auto& real = record.kp_eproc.e_pcred;
     const size_t users = text.find("\nUid:");
     const size_t groups = text.find("\nGid:");
+    // NOLINTBEGIN(cert-err34-c): as above
     if (users != std::string::npos)
         std::sscanf(text.c_str() + users, "\nUid: %u %u %u", &real.p_ruid, &record.kp_eproc.e_ucred.cr_uid,
             &real.p_svuid);
     if (groups != std::string::npos)
         std::sscanf(text.c_str() + groups, "\nGid: %u %*u %u", &real.p_rgid, &real.p_svgid);
+    // NOLINTEND(cert-err34-c)
 }
 
 }

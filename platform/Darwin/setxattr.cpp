@@ -25,9 +25,10 @@ int setxattr(
     if (position != 0 || (options & ~XATTR_NOFOLLOW) != 0)
         return Fail(EINVAL);
     char hostName[XATTR_NAME_MAX + 1] = "user.";
-    if (std::strlen(name) > XATTR_NAME_MAX - (sizeof kUsersNames - 1))
+    const size_t length = std::strlen(name);
+    if (length > XATTR_NAME_MAX - (sizeof kUsersNames - 1))
         return Fail(ENAMETOOLONG);
-    std::strcpy(hostName + sizeof kUsersNames - 1, name);
+    std::memcpy(hostName + sizeof kUsersNames - 1, name, length + 1);
     return (options & XATTR_NOFOLLOW) != 0 ? ::lsetxattr(path, hostName, value, size, 0)
                                            : ::setxattr(path, hostName, value, size, 0);
 }

@@ -120,6 +120,7 @@ template <class Look> int Ask(const void* name, Room room, const void* newp, siz
 
 } // namespace
 
+// NOLINTBEGIN(readability-non-const-parameter): as a Mac declares them, and the sizes are written to
 int sysctl(int* name, u_int namelen, void* oldp, size_t* oldlenp, void* newp, size_t newlen)
 {
     const Room room { oldp, oldlenp };
@@ -141,3 +142,4 @@ int sysctlbyname(const char* name, void* oldp, size_t* oldlenp, void* newp, size
         return AnswerFact([name](const Fact& one) { return std::strcmp(one.name, name) == 0; }, room);
     });
 }
+// NOLINTEND(readability-non-const-parameter)

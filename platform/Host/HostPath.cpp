@@ -52,6 +52,12 @@ std::string HostHomeFolder()
     return fixed.empty() ? HomeFromUserDatabase() : fixed;
 }
 
+std::string HostDataFolder()
+{
+    const char* const named = getenv("XDG_DATA_HOME");
+    return named != nullptr && *named == '/' ? named : HostHomeFolder() + "/.local/share";
+}
+
 #if __APPLE__
 
 std::string HostStartupVolume() { return {}; }

@@ -35,6 +35,10 @@ std::string HostPath(const std::string& macPath);
 /// @return an absolute path without a trailing slash ("/" alone excepted), or "" when the user has none.
 std::string HostHomeFolder();
 
+/// Where the desktop's programs keep the user's data: XDG_DATA_HOME where set and absolute, else .local/share in
+/// HostHomeFolder().
+std::string HostDataFolder();
+
 /// Makes HostHomeFolder() the home folder for everything in this process that asks the host instead
 /// (toolkits, the Trash, children). Does nothing unless CFFIXED_USER_HOME decides the home: otherwise the
 /// host knows already. Call once at the start of main, before other threads exist. On a Mac it does nothing.

@@ -3,7 +3,6 @@
 #include "Descriptor.h"
 #include "ReadWhole.h"
 
-#include <algorithm>
 #include <fcntl.h>
 
 std::optional<std::string> HostText(const std::string& file, size_t limit)
@@ -15,15 +14,5 @@ std::optional<std::string> HostText(const std::string& file, size_t limit)
     std::string text(limit + 1, '\0');
     if (ReadWhole(descriptor.get(), text) != 0)
         return {};
-    return text;
-}
-
-std::optional<std::string> HostLine(const std::string& file)
-{
-    std::optional<std::string> text = HostText(file);
-    if (text) {
-        text->resize(std::min(text->find_first_of(std::string("\n\0", 2)), text->size()));
-        text->resize(text->find_last_not_of(" \t") + 1);
-    }
     return text;
 }

@@ -10,19 +10,11 @@ bool HostPrepareTrash() { return true; }
 #include "HostPath.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
-
-/// Where the freedesktop Trash of the user lies: in the data folder, wherever the environment puts that.
-std::string DataFolder()
-{
-    const char* const named = getenv("XDG_DATA_HOME");
-    return named != nullptr && *named == '/' ? named : HostHomeFolder() + "/.local/share";
-}
 
 /// Makes a folder of the Trash where it is missing. What it holds is its owner's business alone.
 /// @return whether it can take items.
@@ -38,7 +30,7 @@ bool Prepare(const std::string& folder)
 
 bool HostPrepareTrash()
 {
-    const std::string trash = DataFolder() + "/Trash";
+    const std::string trash = HostDataFolder() + "/Trash";
     return Prepare(trash) && Prepare(trash + "/files") && Prepare(trash + "/info");
 }
 

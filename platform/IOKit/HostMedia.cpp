@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <filesystem>
 #include <sstream>
 #include <vector>
 
@@ -59,33 +57,31 @@ struct Medium {
 
 std::optional<uint64_t> DeviceNumber(const BlockDevice& device, bool isMinor)
 {
-    const std::string both = device.attributes.text("dev");
-    const size_t colon = both.find(':');
-    if (colon == std::string::npos)
+    const TextPairs numbers = PairsOf(device.text("dev"), ':');
+    if (numbers.empty())
         return {};
-    const std::string digits = isMinor ? both.substr(colon + 1) : both.substr(0, colon);
-    uint64_t number = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    return error == std::errc() ? std::optional(number) : std::nullopt;
+    const auto& [major, minor] = *numbers.begin();
+    const std::optional<int64_t> number = NumberIn(isMinor ? minor : major);
+    return number ? std::optional<uint64_t>(*number) : std::nullopt;
 }
 
 std::optional<uint64_t> Bytes(const BlockDevice& device, const char* attribute)
 {
-    const auto sectors = device.attributes.number(attribute);
+    const auto sectors = device.number(attribute);
     return sectors ? std::optional(*sectors * kSectorSize) : std::nullopt;
 }
 
 /// The properties of every medium.
 Properties MediaProperties(const Medium& medium, const BlockDevice& device, const std::string& name)
 {
-    const auto isReadOnly = device.attributes.number("ro");
+    const auto isReadOnly = device.number("ro");
     Properties properties;
     properties.text("BSD Name", name)
         .number("BSD Unit", medium.traits.unit)
         .number("BSD Major", DeviceNumber(device, false))
         .number("BSD Minor", DeviceNumber(device, true))
         .number("Size", Bytes(device, "size"))
-        .number("Preferred Block Size", medium.disk.attributes.number("queue/logical_block_size"))
+        .number("Preferred Block Size", medium.disk.number("queue/logical_block_size"))
         .flag("Removable", medium.traits.isRemovable)
         .flag("Ejectable", medium.traits.isEjectable);
     if (isReadOnly)
@@ -98,7 +94,7 @@ std::string WholeName(const Medium& medium) { return "disk" + std::to_string(med
 Entry& AddWhole(Registry& registry, Entry& driver, const Medium& medium)
 {
     const auto* const optical = std::find_if(kOpticalMedia.begin(), kOpticalMedia.end(),
-        [&medium](const OpticalMedium& one) { return medium.disk.udev[one.property] == "1"; });
+        [&medium](const OpticalMedium& one) { return medium.disk.udev(one.property) == "1"; });
     const std::string className = optical != kOpticalMedia.end() ? optical->className : "IOMedia";
     Properties properties = MediaProperties(medium, medium.disk, WholeName(medium));
     properties.flag("Whole", true)
@@ -111,22 +107,14 @@ Entry& AddWhole(Registry& registry, Entry& driver, const Medium& medium)
 /// @return the name in the table, as udev or else the kernel has it; "" where there is none.
 std::string NameInTable(const BlockDevice& partition)
 {
-    constexpr std::string_view key = "PARTNAME=";
-    std::istringstream facts(partition.attributes.bytes("uevent"));
-    std::string name = partition.udev["ID_PART_ENTRY_NAME"];
-    for (std::string line; name.empty() && std::getline(facts, line);) {
-        if (line.starts_with(key))
-            name = Cleaned(std::string_view(line).substr(key.size()));
-    }
-    const bool isText = cf::Owned<CFStringRef>(cf::MakeString(name)) != nullptr;
-    return isText ? name : "";
+    const std::string name = partition.udev("ID_PART_ENTRY_NAME");
+    return name.empty() ? ValueOf(PairsOf(partition.bytes("uevent"), '='), "PARTNAME") : name;
 }
 
 void AddPartition(Registry& registry, Entry& scheme, const Medium& medium, const Partition& partition)
 {
     const std::string number = std::to_string(partition.number);
-    const UdevRecord& udev = partition.device.udev;
-    const std::string content = PartitionContent(udev["ID_PART_ENTRY_TYPE"]);
+    const std::string content = PartitionContent(partition.device.udev("ID_PART_ENTRY_TYPE"));
     const std::string name = NameInTable(partition.device);
     Properties properties = MediaProperties(medium, partition.device, WholeName(medium) + 's' + number);
     properties.flag("Whole", false)
@@ -135,31 +123,27 @@ void AddPartition(Registry& registry, Entry& scheme, const Medium& medium, const
         .number("Base", Bytes(partition.device, "start"))
         .plainText("Content", content)
         .plainText("Content Hint", content)
-        .text("UUID", UUIDText(udev["ID_PART_ENTRY_UUID"]));
+        .text("UUID", UUIDText(partition.device.udev("ID_PART_ENTRY_UUID")));
     registry.add(scheme, "IOMedia", name.empty() ? "Untitled " + number : name, number, properties.take());
 }
 
-std::vector<Partition> PartitionsOf(const BlockDevice& disk, const HostFolders& folders)
+std::vector<Partition> PartitionsOf(const BlockDevice& disk)
 {
     std::vector<Partition> partitions;
-    std::error_code error;
-    for (std::filesystem::directory_iterator one(disk.attributes.folder(), error), end; !error && one != end;
-         one.increment(error)) {
-        const auto number = Attributes(one->path()).number("partition");
+    for (const std::string& name : disk.host().names(disk.folder())) {
+        const auto number = disk.number(name + "/partition");
         if (!number)
             continue;
-        BlockDevice device(one->path(), folders);
-        if (!IsPartitionFrame(device.udev["ID_PART_ENTRY_TYPE"]))
+        BlockDevice device(disk.host(), disk.folder() + '/' + name);
+        if (!IsPartitionFrame(device.udev("ID_PART_ENTRY_TYPE")))
             partitions.push_back({ std::move(device), *number });
     }
-    std::sort(partitions.begin(), partitions.end(),
-        [](const Partition& first, const Partition& second) { return first.number < second.number; });
     return partitions;
 }
 
 }
 
-cf::Owned<CFDictionaryRef> DriverProperties(const Attributes& disk)
+cf::Owned<CFDictionaryRef> DriverProperties(const BlockDevice& disk)
 {
     std::istringstream line(disk.text("stat"));
     std::vector<uint64_t> counts;
@@ -173,12 +157,11 @@ cf::Owned<CFDictionaryRef> DriverProperties(const Attributes& disk)
     return Properties().dictionary("Statistics", statistics).take();
 }
 
-void AddMedia(Registry& registry, Entry& driver, const BlockDevice& disk, const MediaTraits& traits,
-    const HostFolders& folders)
+void AddMedia(Registry& registry, Entry& driver, const BlockDevice& disk, const MediaTraits& traits)
 {
-    Medium medium { disk, traits, PartitionsOf(disk, folders), disk.udev["ID_PART_TABLE_TYPE"] };
+    Medium medium { disk, traits, PartitionsOf(disk), disk.udev("ID_PART_TABLE_TYPE") };
     if (medium.tableType.empty() && !medium.partitions.empty())
-        medium.tableType = medium.partitions.front().device.udev["ID_PART_ENTRY_SCHEME"];
+        medium.tableType = medium.partitions.front().device.udev("ID_PART_ENTRY_SCHEME");
     Entry& whole = AddWhole(registry, driver, medium);
     if (!medium.hasTable())
         return;

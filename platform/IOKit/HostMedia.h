@@ -1,6 +1,6 @@
 #pragma once
 
-#include <IOKit/HostDisks.h>
+#include <IOKit/HostDrives.h>
 #include <IOKit/Registry.h>
 
 #include <string>
@@ -16,10 +16,9 @@ struct MediaTraits {
 };
 
 /// Of the driver of a block storage device: what it has read and written since the host started. Times are in ns.
-cf::Owned<CFDictionaryRef> DriverProperties(const Attributes& disk);
+cf::Owned<CFDictionaryRef> DriverProperties(const BlockDevice& disk);
 
 /// Adds the medium of a drive, its partition table, where it has one, and the partitions in the order of their numbers.
-void AddMedia(Registry& registry, Entry& driver, const BlockDevice& disk, const MediaTraits& traits,
-    const HostFolders& folders);
+void AddMedia(Registry& registry, Entry& driver, const BlockDevice& disk, const MediaTraits& traits);
 
 }

@@ -1,10 +1,12 @@
 #include <IOKit/PartitionContents.h>
 
-#include <IOKit/HostAttributes.h>
+#include <CoreFoundation/CFUUID.h>
+#include <CoreFoundation/Runtime.h>
+#include <Host/TextReading.h>
 
 #include <algorithm>
 #include <array>
-#include <charconv>
+#include <cinttypes>
 #include <cstdio>
 #include <optional>
 #include <string_view>
@@ -26,7 +28,7 @@ constexpr std::array kSchemes {
 constexpr PartitionScheme kOtherScheme { "IOPartitionScheme", "" };
 
 struct NumberedContent {
-    unsigned number;
+    int64_t number;
     const char* name;
 };
 
@@ -61,27 +63,22 @@ constexpr std::array kContents {
     NumberedContent { 0xfd, "Linux_RAID" },
 };
 
-constexpr std::array kFrames { 0x05U, 0x0fU, 0x85U };
+constexpr std::array<int64_t, 3> kFrames { 0x05, 0x0f, 0x85 };
 
 /// @return what "0xc" says; none where the type is no number.
-std::optional<unsigned> Number(const std::string& type)
+std::optional<int64_t> Number(const std::string& type)
 {
-    if (!type.starts_with("0x"))
-        return {};
-    unsigned number = 0;
-    const char* const end = type.data() + type.size();
-    const auto [place, error] = std::from_chars(type.data() + 2, end, number, 16);
-    return error == std::errc() && place == end ? std::optional(number) : std::nullopt;
+    return type.starts_with("0x") ? NumberIn(type) : std::nullopt;
 }
 
-std::string ContentOfNumber(unsigned number)
+std::string ContentOfNumber(int64_t number)
 {
     const auto* const known = std::find_if(kContents.begin(), kContents.end(),
         [number](const NumberedContent& content) { return content.number == number; });
     if (known != kContents.end())
         return known->name;
-    std::array<char, 16> digits {};
-    std::snprintf(digits.data(), digits.size(), "0x%02X", number);
+    std::array<char, 24> digits {};
+    std::snprintf(digits.data(), digits.size(), "0x%02" PRIX64, number);
     return digits.data();
 }
 
@@ -94,9 +91,17 @@ const PartitionScheme& PartitionSchemeOfType(const std::string& type)
     return known != kSchemes.end() ? known->scheme : kOtherScheme;
 }
 
+std::string UUIDText(const std::string& text)
+{
+    const cf::Owned<CFStringRef> string(cf::MakeString(text));
+    const cf::Owned<CFUUIDRef> uuid(string ? CFUUIDCreateFromString(nullptr, string.get()) : nullptr);
+    const cf::Owned<CFStringRef> capitals(uuid ? CFUUIDCreateString(nullptr, uuid.get()) : nullptr);
+    return capitals ? cf::Utf8(capitals.get()) : "";
+}
+
 std::string PartitionContent(const std::string& type)
 {
-    if (const std::optional<unsigned> number = Number(type))
+    if (const std::optional<int64_t> number = Number(type))
         return ContentOfNumber(*number);
     const std::string guid = UUIDText(type);
     return guid.empty() ? type : guid;
@@ -104,7 +109,7 @@ std::string PartitionContent(const std::string& type)
 
 bool IsPartitionFrame(const std::string& type)
 {
-    const std::optional<unsigned> number = Number(type);
+    const std::optional<int64_t> number = Number(type);
     return number && std::find(kFrames.begin(), kFrames.end(), *number) != kFrames.end();
 }
 

@@ -14,6 +14,9 @@ struct PartitionScheme {
 /// what all have in common.
 const PartitionScheme& PartitionSchemeOfType(const std::string& type);
 
+/// @return the UUID in capitals, as a Mac writes it; "" where the text is none.
+std::string UUIDText(const std::string& text);
+
 /// The content that a Mac gives a partition.
 /// @param type as udev has it from the table: a GUID, a number such as "0xc", or a name of Apple's. @return the GUID in
 /// capitals, the name of the number, or, where it has none, the number; the name itself.

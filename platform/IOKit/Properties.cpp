@@ -67,12 +67,6 @@ Properties& Properties::value(const char* key, const cf::Owned<CFTypeRef>& value
 
 cf::Owned<CFDictionaryRef> Properties::take() { return cf::Owned<CFDictionaryRef>(fValues.release()); }
 
-std::string TextOf(CFTypeRef value)
-{
-    const bool isString = value != nullptr && CFGetTypeID(value) == CFStringGetTypeID();
-    return isString ? cf::Utf8(static_cast<CFStringRef>(value)) : "";
-}
-
 std::optional<uint64_t> NumberOf(CFTypeRef value)
 {
     if (value == nullptr || CFGetTypeID(value) != CFNumberGetTypeID())

@@ -37,9 +37,7 @@ private:
     cf::Owned<CFMutableDictionaryRef> fValues;
 };
 
-/// @param value may be null or of another type. @return the string in UTF-8; "" where it is none.
-std::string TextOf(CFTypeRef value);
-/// @return the number's low 64 bits; none where it is no number.
+/// @param value, of both, may be null or of another type. @return the number's low 64 bits; none where it is no number.
 std::optional<uint64_t> NumberOf(CFTypeRef value);
 /// @return whether it is a boolean and true.
 bool IsTrue(CFTypeRef value);

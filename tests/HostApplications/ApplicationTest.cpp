@@ -61,7 +61,7 @@ protected:
             CFRelease(name);
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
-        return text.c_str();
+        return text.substr(0, text.find('\0'));
     }
 
     fs::path fFolder {};

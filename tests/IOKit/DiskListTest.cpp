@@ -11,7 +11,7 @@ namespace {
 
 std::string Table(const TestHost& host, const std::string& identifier = "")
 {
-    const std::vector<ListedDisk> disks = DisksOf(host.registry(), host.folders());
+    const std::vector<ListedDisk> disks = DisksOf(host.registry(), host.tree());
     std::ostringstream text;
     PrintDisks(text, identifier.empty() ? disks : DisksNamed(disks, identifier));
     return text.str();
@@ -58,7 +58,7 @@ TEST(DiskList, IsAPropertyListOfTheSame)
     TestHost host;
     host.sataDisk();
     std::string text;
-    AppendValue(text, DisksAsPropertyList(DisksOf(host.registry(), host.folders())).get(), false);
+    AppendValue(text, DisksAsPropertyList(DisksOf(host.registry(), host.tree())).get(), false);
     EXPECT_EQ(text,
         R"text({"AllDisks"=("disk0","disk0s1","disk0s2"),"AllDisksAndPartitions"=({"DeviceIdentifier"="disk0",)text"
         R"text("Size"=500107862016,"Content"="GUID_partition_scheme","Partitions"=({"DeviceIdentifier"="disk0s1",)text"

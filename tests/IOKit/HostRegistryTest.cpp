@@ -20,10 +20,10 @@ std::vector<std::string> BsdNames(const iokit::Registry& registry)
 TEST(HostRegistry, ShowsASataDiskAsAMacDoes)
 {
     TestHost host;
-    host.sataDisk()
-        .file("machine-id", "3d1219c7c4c5404aaa1f6d2a48adfda4\n")
-        .file("sys/class/dmi/id/product_name", "Desk 3\n")
-        .file("sys/class/dmi/id/sys_vendor", "Cormorant\n");
+    host.sataDisk().add("",
+        { { "etc/machine-id", "3d1219c7c4c5404aaa1f6d2a48adfda4\n" },
+            { "sys/class/dmi/id/product_name", "Desk 3\n" }, { "sys/class/dmi/id/sys_vendor", "Cormorant\n" },
+            { "sys/class/dmi/id/product_serial", "Default string\n" } });
     RegistryView view;
     view.allProperties = true;
     std::ostringstream text;
@@ -130,7 +130,7 @@ TEST(HostRegistry, DescribesAnNvmeDiskThatUdevDoesNotKnow)
     // Nobody tells the kind of table; the kernel's own name of the partition is there, without what moves a cursor.
     const iokit::Entry& scheme = *EntriesOf(registry, "IOPartitionScheme").at(0);
     EXPECT_EQ(scheme.objectClass->name, "IOPartitionScheme");
-    EXPECT_EQ(scheme.children.at(0)->name, "Root ?[2J");
+    EXPECT_EQ(scheme.children.at(0)->name, "Root [2J");
     EXPECT_EQ(Property(*scheme.children.at(0), "Content"), R"("")");
 }
 
@@ -196,7 +196,7 @@ TEST(HostRegistry, TakesWhatIsLeftOfDevicesThatAreGoing)
                 { "device/vpd_pg80", std::string("\0\x80\0\4 X-9", 8) } })
         .partition(1, {})
         .disk("pci0000:00/ata2", "sdb", {});
-    std::filesystem::create_symlink("../devices/gone", host.folders().sys + "/block/sdc");
+    host.add("sys/block/", { { "sdc", "-> sys/devices/gone" } });
     const iokit::Registry registry = host.registry();
     EXPECT_EQ(EntriesOf(registry, "IOBlockStorageDriver").size(), 2U);
     const std::vector<const iokit::Entry*> media = EntriesOf(registry, "IOMedia");
@@ -208,7 +208,7 @@ TEST(HostRegistry, TakesWhatIsLeftOfDevicesThatAreGoing)
         R"text({"Operations (Read)"=7})text");
     EXPECT_EQ(Property(*EntriesOf(registry, "IOBlockStorageDevice")[0], "Device Characteristics"),
         R"({"Serial Number"="X-9"})");
-    EXPECT_EQ(iokit::ReadHostRegistry({ "/nowhere", "/nowhere", "/nowhere" }).root().children.size(), 1U);
+    EXPECT_EQ(iokit::ReadHostRegistry(HostTree("/nowhere")).root().children.size(), 1U);
 }
 
 }

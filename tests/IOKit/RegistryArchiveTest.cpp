@@ -1,5 +1,7 @@
 #include "TestHost.h"
 
+#include "tests/support/Python.h"
+
 #include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/Properties.h>
 #include <gmock/gmock.h>
@@ -26,7 +28,7 @@ cf::Owned<CFPropertyListRef> Read(const std::string& xml)
 
 std::string TextAt(CFDictionaryRef dictionary, CFStringRef key)
 {
-    return iokit::TextOf(CFDictionaryGetValue(dictionary, key));
+    return cf::TextOf(CFDictionaryGetValue(dictionary, key));
 }
 
 CFDictionaryRef FirstChild(CFTypeRef dictionary)
@@ -34,21 +36,6 @@ CFDictionaryRef FirstChild(CFTypeRef dictionary)
     const void* const children
         = CFDictionaryGetValue(static_cast<CFDictionaryRef>(dictionary), CFSTR("IORegistryEntryChildren"));
     return static_cast<CFDictionaryRef>(CFArrayGetValueAtIndex(static_cast<CFArrayRef>(children), 0));
-}
-
-/// What Python makes of the archive. @param script that prints something of the tree "t".
-std::string Python(const std::string& xml, const std::string& script)
-{
-    const TemporaryFolder folder;
-    std::ofstream(folder / "archive") << xml;
-    std::ofstream(folder / "script") << "import plistlib, sys\nt = plistlib.load(open(sys.argv[1], 'rb'))\n"
-                                     << script;
-    const std::string command = "python3 '" + folder / "script" + "' '" + folder / "archive" + "' > '"
-        + folder / "answer" + "' 2>&1";
-    EXPECT_EQ(std::system(command.c_str()), 0);
-    std::ostringstream answer;
-    answer << std::ifstream(folder / "answer").rdbuf();
-    return answer.str();
 }
 
 TEST(RegistryArchive, HoldsEachEntryWithItsPropertiesAndChildren)
@@ -69,9 +56,9 @@ TEST(RegistryArchive, HoldsEachEntryWithItsPropertiesAndChildren)
     EXPECT_EQ(TextAt(partition, CFSTR("IORegistryEntryLocation")), "1");
     EXPECT_FALSE(CFDictionaryContainsKey(partition, CFSTR("IORegistryEntryChildren")));
 
-    EXPECT_EQ(Python(xml,
-                  "for level in range(4): t = t['IORegistryEntryChildren'][0]\n"
-                  "print(t['IOServiceState'], t['IORegistryEntryID'], t['Size'])"),
+    EXPECT_EQ(PythonOfPropertyList(xml,
+                  "for level in range(4): p = p['IORegistryEntryChildren'][0]\n"
+                  "print(p['IOServiceState'], p['IORegistryEntryID'], p['Size'])"),
         "30 4294967556 500107862016\n");
 }
 
@@ -83,8 +70,8 @@ TEST(RegistryArchive, ListsSubtreesAndOnlyWantedProperties)
     view.onlySubtrees = true;
     view.className = "IOMedia";
     view.depth = 2;
-    EXPECT_EQ(Python(Archive(registry, view),
-                  "for e in t:\n  for c in e['IORegistryEntryChildren']:\n"
+    EXPECT_EQ(PythonOfPropertyList(Archive(registry, view),
+                  "for e in p:\n  for c in e['IORegistryEntryChildren']:\n"
                   "    print('BSD Name' in e, 'Content Mask' in c, 'IORegistryEntryChildren' in c)"),
         "True False False\nTrue False False\n");
     view.className = "IOFireWireDevice";
@@ -121,8 +108,8 @@ TEST(RegistryArchive, IsWholeHoweverDeepTheTree)
     iokit::Entry* entry = &registry.root();
     for (size_t i = 0; i < depth; ++i)
         entry = &registry.add(*entry, "IOService", "Deep", "", nullptr);
-    EXPECT_EQ(Python(Archive(registry, {}),
-                  "n = 0\nwhile 'IORegistryEntryChildren' in t: t = t['IORegistryEntryChildren'][0]; n += "
+    EXPECT_EQ(PythonOfPropertyList(Archive(registry, {}),
+                  "n = 0\nwhile 'IORegistryEntryChildren' in p: p = p['IORegistryEntryChildren'][0]; n += "
                   "1\nprint(n)"),
         std::to_string(depth) + '\n');
 }

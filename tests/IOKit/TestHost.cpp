@@ -2,62 +2,6 @@
 
 #include <registry/ValueText.h>
 
-#include <sstream>
-
-namespace fs = std::filesystem;
-
-TestHost::TestHost()
-{
-    fs::create_directories(fFolder / "sys/block");
-    fs::create_directories(fFolder / "udev");
-}
-
-iokit::HostFolders TestHost::folders() const
-{
-    return { fFolder / "sys", fFolder / "udev", fFolder / "machine-id" };
-}
-
-TestHost& TestHost::file(const std::string& name, const std::string& text)
-{
-    const fs::path path = fFolder / name;
-    fs::create_directories(path.parent_path());
-    std::ofstream(path) << text;
-    return *this;
-}
-
-void TestHost::describe(const std::string& folder, const Texts& attributes, const Texts& udev)
-{
-    const std::string inside = folder + '/';
-    for (const auto& [name, text] : attributes)
-        file(inside + name, text + '\n');
-    std::ostringstream record;
-    record << "S:disk/by-test\nI:1234\n";
-    for (const auto& [name, text] : udev)
-        record << "E:" << name << '=' << text << '\n';
-    if (!udev.empty())
-        file("udev/b" + attributes.at("dev"), record.str());
-}
-
-TestHost& TestHost::disk(
-    const std::string& place, const std::string& name, const Texts& attributes, const Texts& udev)
-{
-    const std::string device = "sys/devices/" + place;
-    fDisk = device + "/block/" + name;
-    fs::create_directories(fFolder / fDisk);
-    fs::create_symlink(fFolder / device, fFolder / (fDisk + "/device"));
-    fs::create_symlink(fFolder / fDisk, fFolder / ("sys/block/" + name));
-    describe(fDisk, attributes, udev);
-    return *this;
-}
-
-TestHost& TestHost::partition(unsigned number, const Texts& attributes, const Texts& udev)
-{
-    Texts all = attributes;
-    all["partition"] = std::to_string(number);
-    describe(fDisk + "/part" + std::to_string(number), all, udev);
-    return *this;
-}
-
 TestHost& TestHost::sataDisk()
 {
     disk("pci0000:00/0000:00:17.0/ata1/host0/target0:0:0/0:0:0:0", "sda",
@@ -72,9 +16,10 @@ TestHost& TestHost::sataDisk()
         { { "ID_PART_ENTRY_TYPE", "c12a7328-f81f-11d2-ba4b-00a0c93ec93b" },
             { "ID_PART_ENTRY_UUID", "0b6f1c5e-5d0c-4f29-9d1a-3c1d1a0f7a11" },
             { "ID_PART_ENTRY_NAME", "EFI\\x20System\\x20Partition" }, { "ID_FS_LABEL_ENC", "EFI" } });
-    return partition(2, { { "dev", "8:2" }, { "start", "616448" }, { "size", "976154624" }, { "ro", "1" } },
+    partition(2, { { "dev", "8:2" }, { "start", "616448" }, { "size", "976154624" }, { "ro", "1" } },
         { { "ID_PART_ENTRY_TYPE", "48465300-0000-11aa-aa11-00306543ecac" },
             { "ID_FS_LABEL_ENC", "M\xc3\xbcsli\\x20HD" } });
+    return *this;
 }
 
 TestHost& TestHost::usbStick()
@@ -88,8 +33,9 @@ TestHost& TestHost::usbStick()
         { { "ID_PART_ENTRY_TYPE", "0xc" }, { "ID_PART_ENTRY_UUID", "1f2e3d4c-01" } });
     partition(2, { { "dev", "8:18" }, { "start", "2050048" }, { "size", "2" } },
         { { "ID_PART_ENTRY_TYPE", "0x5" } });
-    return partition(10, { { "dev", "8:26" }, { "start", "2052096" }, { "size", "4096" } },
+    partition(10, { { "dev", "8:26" }, { "start", "2052096" }, { "size", "4096" } },
         { { "ID_PART_ENTRY_TYPE", "0xef" } });
+    return *this;
 }
 
 TestHost& TestHost::nvmeDisk()
@@ -98,16 +44,18 @@ TestHost& TestHost::nvmeDisk()
         { { "dev", "259:0" }, { "size", "2000409264" }, { "nsid", "1" }, { "queue/rotational", "0" },
             { "device/model", "Gannet M.2 1TB                          " },
             { "device/serial", "       G-0815-X" }, { "device/firmware_rev", "1.07" } });
-    return partition(1,
+    partition(1,
         { { "dev", "259:1" }, { "start", "2048" }, { "size", "4096" },
             { "uevent", "DEVTYPE=partition\nPARTNAME=Root \x1b[2J" } });
+    return *this;
 }
 
 TestHost& TestHost::diskImage()
 {
-    return disk("virtual", "loop3",
+    disk("virtual", "loop3",
         { { "dev", "7:3" }, { "size", "20480" }, { "ro", "1" }, { "queue/rotational", "0" },
             { "loop/backing_file", "/home/ada/Tools.img" } });
+    return *this;
 }
 
 std::vector<const iokit::Entry*> EntriesOf(const iokit::Registry& registry, const std::string& className)

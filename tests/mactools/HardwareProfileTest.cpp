@@ -1,4 +1,6 @@
-#include "HostFolder.h"
+#include "Flat.h"
+
+#include "tests/support/HostFolder.h"
 
 #include <gtest/gtest.h>
 #include <profile/Reports.h>
@@ -12,15 +14,14 @@ constexpr const char* kPci = "sys/bus/pci/devices/";
 class HardwareProfileTest : public testing::Test {
 protected:
     /// A disk that hangs on a PCI device. @param place of the disk below that device.
-    void addDisk(const std::string& disk, const std::string& address, const std::string& place)
+    void addDisk(const std::string& disk, const std::string& address, const std::string& place,
+        HostFolder::Texts attributes = {}, const HostFolder::Texts& udev = {})
     {
-        const std::string device = "sys/devices/pci0000:00/" + address + "/";
-        const std::string folder = device + place;
-        host.add(folder + "/",
-            { { "size", "2000409264\n" }, { "removable", "0\n" }, { "queue/rotational", "0\n" } });
-        host.add("sys/class/block/", { { disk, "-> " + folder } });
-        if (!host.tree().has(kPci + address))
-            host.add(kPci, { { address, "-> " + device } });
+        const std::string device = "pci0000:00/" + address;
+        attributes.merge(HostFolder::Texts {
+            { "size", "2000409264" }, { "removable", "0" }, { "queue/rotational", "0" } });
+        host.disk((device + '/').append(place), disk, attributes, udev);
+        host.add(kPci, { { address, "-> sys/devices/" + device } });
     }
 
     HostFolder host;
@@ -30,8 +31,8 @@ TEST_F(HardwareProfileTest, TellsWhatTheComputerIsWithoutWhatItsMakerLeftOpen)
 {
     host.add("sys/class/dmi/id/",
         { { "product_family", "To be filled by O.E.M.\n" }, { "product_name", "Book 5\n" },
-            { "bios_version", "1.02\n" }, { "product_serial", "Default string\n" },
-            { "product_uuid", "4c4c4544-0051\n" } });
+            { "bios_version", "1.02\n" }, { "product_serial", "Default string\n" } });
+    host.add("etc/", { { "machine-id", "3d1219c7c4c5404aaa1f6d2a48adfda4\n" } });
     for (const std::string cpu : { "0", "1", "2", "3" })
         host.add("sys/devices/system/cpu/cpu" + cpu + "/topology/",
             { { "physical_package_id", "0\n" }, { "core_id", std::to_string(std::stoi(cpu) % 2) + "\n" } });
@@ -44,7 +45,8 @@ TEST_F(HardwareProfileTest, TellsWhatTheComputerIsWithoutWhatItsMakerLeftOpen)
 
     EXPECT_EQ(Flat(HardwareItems(host.tree())),
         "[{_name: hardware_overview, machine_name: Book 5, machine_model: Book 5, boot_rom_version: 1.02, "
-        "platform_UUID: 4c4c4544-0051, cpu_type: Fast 7, current_processor_speed: 2.8 GHz, packages: 1, "
+        "platform_UUID: 3D1219C7-C4C5-404A-AA1F-6D2A48ADFDA4, cpu_type: Fast 7, current_processor_speed: 2.8 "
+        "GHz, packages: 1, "
         "number_processors: 2, physical_memory: 256 MB}]");
     EXPECT_EQ(Flat(MemoryItems(host.tree())), "[{_name: global_name, SPMemoryDataType: 256 MB}]");
 }
@@ -67,19 +69,18 @@ TEST_F(HardwareProfileTest, ListsMemoryModulesAndEmptySlots)
 
 TEST_F(HardwareProfileTest, ListsDisksUnderTheirControllers)
 {
-    addDisk("sda", "0000:00:17.0", "ata1/host0/target0:0:0/0:0:0:0/block/sda");
-    addDisk("nvme0n1", "0000:01:00.0", "nvme/nvme0/nvme0n1");
-    addDisk("sdb", "0000:00:18.0", "host1/port-1:0/end_device-1:0/target1:0:0/1:0:0:0/block/sdb");
-    addDisk("sdc", "0000:00:19.0", "host2/target2:0:0/2:0:0:0/block/sdc");
-    host.add("sys/class/block/",
-        { { "sda/dev", "8:0\n" }, { "sda/device/model", "Samsung SSD 860 \n" },
-            { "sda/device/vpd_pg80", std::string("\0\x80\0\x08  S3Z8NB\0", 13) },
-            { "sda/sda1/partition", "1\n" }, { "sda1", "-> sys/class/block/sda/sda1" } });
-    host.add("run/udev/data/",
-        { { "b8:0", "E:ID_MODEL_ENC=Samsung\\x20SSD\\x20860\\x20EVO\\x20\\x20\nE:ID_SERIAL_SHORT=wwn\n" },
-            { "+pci:0000:00:17.0", "E:ID_MODEL_FROM_DATABASE=AHCI Controller\n" } });
-    host.add("sys/class/block/nvme0n1/device/",
-        { { "model", "Fast 1\n" }, { "serial", "N1\n" }, { "firmware_rev", "3B\n" } });
+    addDisk("sda", "0000:00:17.0", "ata1/host0/target0:0:0/0:0:0:0",
+        { { "dev", "8:0" }, { "device/model", "Samsung SSD 860 " },
+            { "device/vpd_pg80", std::string("\0\x80\0\x08  S3Z8NB\0", 13) } },
+        { { "ID_MODEL_ENC", "Samsung\\x20SSD\\x20860\\x20EVO\\x20\\x20" }, { "ID_SERIAL_SHORT", "wwn" } });
+    host.partition(1, {});
+    addDisk("nvme0n1", "0000:01:00.0", "nvme/nvme0",
+        { { "device/model", "Fast 1" }, { "device/serial", "N1" }, { "device/firmware_rev", "3B" } });
+    addDisk("sdb", "0000:00:18.0", "host1/port-1:0/end_device-1:0/target1:0:0/1:0:0:0");
+    addDisk("sdc", "0000:00:19.0", "host2/target2:0:0/2:0:0:0");
+    addDisk("sdd", "0000:00:1a.0", "host3/target3:0:0/3:0:0:0",
+        { { "device/../spi_transport/target3:0:0/period", "25" } });
+    host.add("run/udev/data/", { { "+pci:0000:00:17.0", "E:ID_MODEL_FROM_DATABASE=AHCI Controller\n" } });
     host.add(std::string(kPci) + "0000:01:00.0/", { { "vendor", "0x144d\n" }, { "device", "0xa808\n" } });
     const std::string size
         = "size: 1.02 TB, size_in_bytes: 1024209543168, removable_media: no, spsata_medium_type: Solid State";
@@ -89,13 +90,14 @@ TEST_F(HardwareProfileTest, ListsDisksUnderTheirControllers)
         "_name: Samsung SSD 860 EVO, bsd_name: sda, "
             + size + "}]}]");
     EXPECT_EQ(Flat(NvmeItems(host.tree())),
-        "[{_name: pci144d,a808, _items: [{device_model: Fast 1, device_serial: N1, device_revision: 3B, "
+        "[{_name: pci144d,a808, _items: [{device_model: Fast 1, device_revision: 3B, device_serial: N1, "
         "_name: Fast 1, "
         "bsd_name: nvme0n1, "
             + size + "}]}]");
     EXPECT_EQ(Flat(SasItems(host.tree())),
         "[{_name: Generic Controller, _items: [{_name: sdb, bsd_name: sdb, " + size + "}]}]");
-    EXPECT_EQ(Flat(ParallelScsiItems(host.tree())), "[]");
+    EXPECT_EQ(Flat(ParallelScsiItems(host.tree())),
+        "[{_name: Generic Controller, _items: [{_name: sdd, bsd_name: sdd, " + size + "}]}]");
 }
 
 TEST_F(HardwareProfileTest, ShowsUsbAsTheTreeThatItIs)
@@ -113,7 +115,7 @@ TEST_F(HardwareProfileTest, ShowsUsbAsTheTreeThatItIs)
             { "dev", "189:5\n" }, { "bcdDevice", "0100\n" }, { "speed", "480\n" } });
     host.add(devices, { { "1-20/product", "Mouse\n" }, { "1-20/bcdDevice", "1234\n" } });
     host.add("run/udev/data/", { { "c189:5", "E:ID_MODEL_FROM_DATABASE=Ultra\n" } });
-    addDisk("sdb", "0000:00:14.0", "usb1/1-2/1-2.1/1-2.1:1.0/host6/target6:0:0/6:0:0:0/block/sdb");
+    addDisk("sdb", "0000:00:14.0", "usb1/1-2/1-2.1/1-2.1:1.0/host6/target6:0:0/6:0:0:0");
 
     EXPECT_EQ(Flat(UsbItems(host.tree())),
         "[{_name: USB 2.00 Bus, device_speed: high_speed, _items: ["

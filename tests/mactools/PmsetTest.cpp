@@ -1,5 +1,6 @@
-#include "HostFolder.h"
 #include "MacTool.h"
+
+#include "tests/support/HostFolder.h"
 
 #include <gtest/gtest.h>
 #include <power/Pmset.h>

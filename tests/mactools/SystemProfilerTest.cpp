@@ -1,6 +1,8 @@
-#include "HostFolder.h"
+#include "Flat.h"
 #include "MacTool.h"
 
+#include "tests/support/HostFolder.h"
+#include "tests/support/Python.h"
 #include "tests/support/TestVolume.h"
 
 #include <gmock/gmock.h>
@@ -8,7 +10,6 @@
 #include <profile/Reports.h>
 #include <profile/SystemProfiler.h>
 
-#include <cstdlib>
 #include <sstream>
 
 namespace {
@@ -24,17 +25,6 @@ protected:
         std::ostringstream out;
         EXPECT_EQ(WriteSystemProfile(arguments, host.tree(), out), status);
         return out.str();
-    }
-    /// What Python makes of a property list "p".
-    std::string python(const std::string& xml, const std::string& expression) const
-    {
-        TestVolume::write(host.root() / "p.xml", xml);
-        const std::string command = "cd '" + host.root().native()
-            + "' && /usr/bin/python3 -c \"import plistlib; p = "
-              "plistlib.load(open('p.xml', 'rb')); print("
-            + expression + ", end='')\" > answer 2>&1";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        return TestVolume::read(host.root() / "answer");
     }
 
     TestVolume volume;
@@ -138,12 +128,12 @@ TEST_F(SystemProfilerTest, WritesWhatIsAskedForInThatOrderAndComplainsOfTheRest)
     host.add("var/log/", { { "syslog", "secret\n" } });
     const Arguments asked { "-xml", "SPSoftwareDataType", "SPNonsense", "-timeout", "5", "SPPowerDataType" };
 
-    EXPECT_EQ(python(text(asked),
-                  "[(d['_dataType'], d['_parentDataType'], len(d['_items'])) for d in p], "
-                  "p[0]['_SPCommandLineArguments'][1:3]"),
+    EXPECT_EQ(PythonOfPropertyList(text(asked),
+                  "print([(d['_dataType'], d['_parentDataType'], len(d['_items'])) for d in p], "
+                  "p[0]['_SPCommandLineArguments'][1:3])"),
         "[('SPSoftwareDataType', 'SPRootDataType', 1), ('SPPowerDataType', 'SPHardwareDataType', 1)] "
-        "['-xml', 'SPSoftwareDataType']");
-    EXPECT_EQ(python(text({ "-xml", "SPNonsense" }, 1), "p"), "[]");
+        "['-xml', 'SPSoftwareDataType']\n");
+    EXPECT_EQ(PythonOfPropertyList(text({ "-xml", "SPNonsense" }, 1), "print(p)"), "[]\n");
     EXPECT_THAT(text({ "SPSoftwareDataType", "SPLogsDataType" }), HasSubstr("secret"));
     EXPECT_THAT(
         text({ "-detailLevel", "mini", "SPSoftwareDataType", "SPLogsDataType" }), Not(HasSubstr("secret")));
@@ -158,9 +148,10 @@ TEST_F(SystemProfilerTest, ReportsAboutEverythingOnThisMachine)
 
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.error, "");
-    EXPECT_EQ("Available Datatypes:\n" + python(run.out, "*[d['_dataType'] for d in p], sep='\\n'") + "\n",
+    EXPECT_EQ("Available Datatypes:\n" + PythonOfPropertyList(run.out, "for d in p: print(d['_dataType'])"),
         list.out);
-    EXPECT_EQ(python(run.out, "len(p), p[14]['_items'][0]['os_version']"), "19 macOS 10.15.7 (19H2)");
+    EXPECT_EQ(PythonOfPropertyList(run.out, "print(len(p), p[14]['_items'][0]['os_version'])"),
+        "19 macOS 10.15.7 (19H2)\n");
 }
 
 }

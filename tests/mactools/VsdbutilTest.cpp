@@ -1,12 +1,12 @@
 #include "MacTool.h"
 
-#include "kext/VolumeDatabase.h"
 #include "tests/support/TestVolume.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sysexits.h>
+#include <volume/VolumeDatabase.h>
 
 namespace fs = std::filesystem;
 
@@ -66,11 +66,11 @@ TEST_F(VsdbutilTest, VolumesAreKnownByUUIDElseByTheirMount)
     fs::create_directory(links);
     fs::create_symlink("/dev/zero", links / "0000-0000");
     fs::create_symlink("/dev/gone", links / "1111-1111");
-    EXPECT_EQ(kext::DeviceUUID(null.st_rdev, links), "");
+    EXPECT_EQ(DeviceUUID(null.st_rdev, links), "");
     fs::create_symlink("/dev/null", links / "1234-ABCD");
-    EXPECT_EQ(kext::DeviceUUID(null.st_rdev, links), "1234-ABCD");
-    EXPECT_EQ(kext::DeviceUUID(null.st_rdev, links / "none"), "");
-    EXPECT_EQ(kext::VolumeKey("/proc/self"), "/proc");
+    EXPECT_EQ(DeviceUUID(null.st_rdev, links), "1234-ABCD");
+    EXPECT_EQ(DeviceUUID(null.st_rdev, links / "none"), "");
+    EXPECT_EQ(VolumeKey("/proc/self"), "/proc");
 }
 
 }

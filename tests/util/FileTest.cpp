@@ -35,7 +35,7 @@ std::string Extensions(const char* volume, bool isTemporary = false)
 {
     char* path = nullptr;
     const OSStatus status = CreateThirdPartyExtensionsPathnameForVolume(volume, &path, isTemporary);
-    const std::string text = path != nullptr ? path : std::to_string(status);
+    std::string text = path != nullptr ? path : std::to_string(status);
     free(path);
     return text;
 }

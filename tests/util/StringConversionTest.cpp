@@ -19,7 +19,7 @@ std::string Written(const std::function<void(char*, size_t)>& write, size_t capa
     std::string buffer(capacity, 'x');
     write(buffer.data(), capacity);
     EXPECT_NE(buffer.find('\0'), std::string::npos);
-    return buffer.c_str();
+    return buffer.substr(0, buffer.find('\0'));
 }
 
 std::string SizeText(uint64_t bytes)

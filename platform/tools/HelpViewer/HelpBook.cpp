@@ -35,10 +35,7 @@ bool IsBelow(const QString& path, const QString& folder) { return path.startsWit
 /// @return the text for the key in the user's language; "" when there is none.
 QString TextFor(CFBundleRef bundle, CFStringRef key)
 {
-    const CFTypeRef value = CFBundleGetValueForInfoDictionaryKey(bundle, key);
-    if (value == nullptr || CFGetTypeID(value) != CFStringGetTypeID())
-        return {};
-    return QString::fromStdString(cf::Utf8(static_cast<CFStringRef>(value)));
+    return QString::fromStdString(cf::TextOf(CFBundleGetValueForInfoDictionaryKey(bundle, key)));
 }
 
 QString TitleOf(CFBundleRef bundle, const QString& folder)

@@ -41,13 +41,6 @@ std::string Stem(const std::string& path)
     return name.substr(0, name.rfind('.'));
 }
 
-std::string TextOf(CFDictionaryRef info, CFStringRef key)
-{
-    const CFTypeRef value = info == nullptr ? nullptr : CFDictionaryGetValue(info, key);
-    const bool isText = value != nullptr && CFGetTypeID(value) == CFStringGetTypeID();
-    return isText ? cf::Utf8(static_cast<CFStringRef>(value)) : "";
-}
-
 /// The layouts to try, the first that fits is the bundle's.
 std::array<Layout, 3> Layouts(int root)
 {
@@ -75,10 +68,12 @@ int OpenBundle(Descriptor folder, const std::string& path, Bundle& bundle)
             continue;
         bundle.contentsName = layout.contents;
         cf::Owned<CFDictionaryRef> info;
-        ReadDictionaryBeneath(
-            bundle.contents.get(), layout.info, info); // without it a bundle says nothing of itself
-        bundle.identifier = TextOf(info.get(), kCFBundleIdentifierKey);
-        const std::string program = TextOf(info.get(), kCFBundleExecutableKey);
+        ReadDictionaryBeneath(bundle.contents.get(), layout.info, info);
+        const auto textOf = [&info](CFStringRef key) {
+            return info ? cf::TextOf(CFDictionaryGetValue(info.get(), key)) : "";
+        };
+        bundle.identifier = textOf(kCFBundleIdentifierKey);
+        const std::string program = textOf(kCFBundleExecutableKey);
         bundle.executable = layout.programs + (IsName(program) ? program : Stem(bundle.path));
         return 0;
     }

@@ -6,10 +6,10 @@
 #include "codesign/Verification.h"
 
 #include <Host/HostPath.h>
+#include <Host/TextReading.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <fcntl.h>
 #include <iostream>
@@ -52,9 +52,9 @@ bool Choose(Operation operation, Request& request)
 
 bool ReadLevel(const std::string& digits, int& level)
 {
-    const char* const end = digits.data() + digits.size();
-    const auto [rest, error] = std::from_chars(digits.data(), end, level);
-    return error == std::errc() && rest == end && level >= 0;
+    const int64_t number = NumberIn(digits).value_or(-1);
+    level = static_cast<int>(std::clamp<int64_t>(number, 0, 9));
+    return number >= 0;
 }
 
 bool ReadLongOption(const std::string& option, Request& request)
@@ -165,10 +165,8 @@ bool LookAt(const std::string& path, const Request& request)
 
 int CodeSign(const Arguments& arguments)
 {
-    if (arguments == Arguments { "--help" }) {
-        std::cout << kUsage;
+    if (AnswersHelp(arguments, kUsage))
         return 0;
-    }
     const std::optional<Request> request = ReadRequest(arguments);
     if (!request) {
         std::cerr << kUsage;

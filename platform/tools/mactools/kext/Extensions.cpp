@@ -28,13 +28,6 @@ fs::file_time_type TimeOf(const std::string& path)
     return error ? fs::file_time_type::min() : time;
 }
 
-std::string TextOf(CFDictionaryRef info, CFStringRef key)
-{
-    const CFTypeRef value = CFDictionaryGetValue(info, key);
-    const bool isText = value != nullptr && CFGetTypeID(value) == CFStringGetTypeID();
-    return isText ? cf::Utf8(static_cast<CFStringRef>(value)) : "";
-}
-
 std::vector<std::string> KeysOf(CFTypeRef value)
 {
     std::vector<std::string> keys;
@@ -115,8 +108,9 @@ void Reader::readBundle(const std::string& path)
     const int error = ReadDictionaryFile(infoFile, info);
     if (!info)
         return complain(path, std::string("Info.plist: ") + (error != 0 ? std::strerror(error) : "damaged"));
-    Extension extension { TextOf(info.get(), kCFBundleIdentifierKey), TextOf(info.get(), kCFBundleVersionKey),
-        path, KeysOf(CFDictionaryGetValue(info.get(), CFSTR("OSBundleLibraries"))),
+    Extension extension { cf::TextOf(CFDictionaryGetValue(info.get(), kCFBundleIdentifierKey)),
+        cf::TextOf(CFDictionaryGetValue(info.get(), kCFBundleVersionKey)), path,
+        KeysOf(CFDictionaryGetValue(info.get(), CFSTR("OSBundleLibraries"))),
         CFDictionaryGetValue(info.get(), CFSTR("OSKernelResource")) == kCFBooleanTrue, modified };
     if (extension.identifier.empty() || extension.version.empty())
         return complain(path, "Info.plist: CFBundleIdentifier or CFBundleVersion is missing");

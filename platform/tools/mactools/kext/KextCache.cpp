@@ -136,11 +136,8 @@ int Update(const Request& request)
 
 int KextCache(const Arguments& arguments)
 {
-    if (arguments == Arguments { "-help" } || arguments == Arguments { "-h" }
-        || arguments == Arguments { "--help" }) {
-        std::cout << kUsage;
+    if (AnswersHelp(arguments, kUsage))
         return 0;
-    }
     const std::optional<Request> request = ReadRequest(arguments);
     if (!request) {
         std::cerr << kUsage;

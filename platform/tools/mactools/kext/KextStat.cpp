@@ -85,10 +85,8 @@ void Print(size_t index, const std::vector<kext::Extension>& all)
 
 int KextStat(const Arguments& arguments)
 {
-    if (arguments == Arguments { "--help" } || arguments == Arguments { "-h" }) {
-        std::cout << kUsage;
+    if (AnswersHelp(arguments, kUsage))
         return 0;
-    }
     const std::optional<Request> request = ReadRequest(arguments);
     if (!request) {
         std::cerr << kUsage;

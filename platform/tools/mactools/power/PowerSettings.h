@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/HostTree.h"
+#include <Host/HostTree.h>
 
 /// A setting by its name on a Mac, such as "sleep", with its value.
 struct PowerSetting {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/HostTree.h"
+#include <Host/HostTree.h>
 
 /// A battery that runs the computer, as it is now.
 struct Battery {

@@ -63,11 +63,9 @@ Item BundleItem(const std::string& path, const Kind& kind)
     const cf::Owned<CFBundleRef> bundle(CFBundleCreate(nullptr, url.get()));
     if (!bundle)
         return item;
-    for (const Key& key : kind.keys) {
-        const CFTypeRef value = CFDictionaryGetValue(CFBundleGetInfoDictionary(bundle.get()), key.info);
-        if (value != nullptr && CFGetTypeID(value) == CFStringGetTypeID())
-            item.set(key.key, cf::Utf8(static_cast<CFStringRef>(value)));
-    }
+    const CFDictionaryRef info = CFBundleGetInfoDictionary(bundle.get());
+    for (const Key& key : kind.keys)
+        item.set(key.key, cf::TextOf(CFDictionaryGetValue(info, key.info)));
     item.set(kind.path, path);
     struct stat status { };
     if (stat(HostPath(path).c_str(), &status) == 0)

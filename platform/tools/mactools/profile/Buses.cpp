@@ -3,6 +3,8 @@
 #include "profile/Facts.h"
 #include "profile/Reports.h"
 
+#include <Host/Computer.h>
+
 #include <array>
 
 namespace profile {

@@ -3,6 +3,8 @@
 #include "profile/Facts.h"
 #include "profile/Reports.h"
 
+#include <Host/TextReading.h>
+
 #include <array>
 #include <cstdio>
 #include <filesystem>
@@ -61,9 +63,9 @@ void AddDisplayFacts(Item& item, const std::string& bytes)
         const std::string text = bytes.substr(at + 5, kDescriptor - 5);
         const bool isText = Byte(bytes, at) == 0 && Byte(bytes, at + 1) == 0;
         if (isText && Byte(bytes, at + 3) == nameTag)
-            item.set("_name", Trimmed(text.substr(0, text.find('\n'))));
+            item.set("_name", CleanLine(text));
         if (isText && Byte(bytes, at + 3) == serialTag)
-            item.set("spdisplays_display-serial-number", Trimmed(text.substr(0, text.find('\n'))));
+            item.set("spdisplays_display-serial-number", CleanLine(text));
     }
     item.set("_spdisplays_display-vendor-id", Text("%02x%02x", Byte(bytes, 8), Byte(bytes, 9)));
     item.set("_spdisplays_display-product-id", Text("%02x%02x", Byte(bytes, 11), Byte(bytes, 10)));
@@ -85,8 +87,7 @@ Item Display(const HostTree& tree, const std::string& connector)
     Item item;
     AddDisplayFacts(item, tree.bytes(folder + "edid"));
     item.set("_name", kind);
-    const std::string modes = tree.bytes(folder + "modes");
-    item.set("_spdisplays_pixels", modes.substr(0, modes.find('\n'))); // the preferred one comes first
+    item.set("_spdisplays_pixels", tree.text(folder + "modes")); // of which the preferred one comes first
     item.set("spdisplays_connection_type", isBuiltIn ? "spdisplays_internal" : kind);
     item.set(
         "spdisplays_online", tree.text(folder + "enabled") == "enabled" ? "spdisplays_yes" : "spdisplays_no");

@@ -1,19 +1,15 @@
 #include "profile/Facts.h"
 
+#include <Host/Computer.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <strings.h>
 
 namespace profile {
 
 namespace {
-
-/// What makers of computers leave in, in lower case.
-constexpr std::array<const char*, 14> kUntold { "0", "default string", "invalid", "n/a", "no dimm", "none",
-    "not available", "not specified", "o.e.m.", "system product name", "system serial number",
-    "to be filled by o.e.m.", "undefined", "unknown" };
 
 struct Unit {
     double size;
@@ -52,12 +48,6 @@ void AddFacts(Item& item, const HostTree& tree, const std::string& folder, std::
         const std::string text = Told(tree.text(folder + fact.file));
         item.set(fact.key, text.empty() ? "" : fact.before + text + fact.behind);
     }
-}
-
-std::string Told(const std::string& text)
-{
-    const auto isThat = [&text](const char* one) { return strcasecmp(text.c_str(), one) == 0; };
-    return std::any_of(kUntold.begin(), kUntold.end(), isThat) ? "" : text;
 }
 
 std::string DecimalSize(int64_t bytes)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/HostTree.h"
 #include "profile/Item.h"
+#include <Host/HostTree.h>
 
 #include <span>
 
@@ -15,11 +15,9 @@ struct Fact {
     const char* behind = ""; ///< goes after it
 };
 
-/// Makers' texts for what they did not fill in ("Default string") count as nothing told.
-/// @param folder name in the tree with a slash at its end, or "" for the whole tree.
+/// Adds what is Told().
+/// @param folder name in the tree with a slash at its end.
 void AddFacts(Item& item, const HostTree& tree, const std::string& folder, std::span<const Fact> facts);
-/// @return the text; "" for what makers write instead of nothing.
-std::string Told(const std::string& text);
 
 /// Sizes of disks and volumes, in powers of ten: "500.28 GB", "209.7 MB", "4 KB".
 std::string DecimalSize(int64_t bytes);

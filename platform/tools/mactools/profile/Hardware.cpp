@@ -3,6 +3,8 @@
 #include "profile/Facts.h"
 #include "profile/Reports.h"
 
+#include <Host/Computer.h>
+
 #include <array>
 #include <cstdio>
 #include <set>
@@ -10,18 +12,6 @@
 namespace profile {
 
 namespace {
-
-constexpr std::array<Fact, 9> kOverview { {
-    { "machine_name", "sys/class/dmi/id/product_family" },
-    { "machine_name", "sys/class/dmi/id/product_name" },
-    { "machine_name", "sys/firmware/devicetree/base/model" },
-    { "machine_model", "sys/class/dmi/id/product_name" },
-    { "machine_model", "sys/firmware/devicetree/base/model" },
-    { "boot_rom_version", "sys/class/dmi/id/bios_version" },
-    { "serial_number", "sys/class/dmi/id/product_serial" },
-    { "serial_number", "sys/firmware/devicetree/base/serial-number" },
-    { "platform_UUID", "sys/class/dmi/id/product_uuid" },
-} };
 
 struct Cores {
     int64_t cores;
@@ -93,7 +83,10 @@ Item::List HardwareItems(const HostTree& tree)
     const Cores counted = CountCores(tree);
     const std::optional<int64_t> memory = PhysicalMemory(tree);
     Item item("hardware_overview");
-    AddFacts(item, tree, "", kOverview);
+    item.set("machine_name", Told(tree.text("sys/class/dmi/id/product_family")));
+    item.set("machine_name", ComputerModel(tree)).set("machine_model", ComputerModel(tree));
+    item.set("boot_rom_version", Told(tree.text("sys/class/dmi/id/bios_version")));
+    item.set("serial_number", ComputerSerialNumber(tree)).set("platform_UUID", ComputerUUID(tree));
     item.set("cpu_type", ValueOf(cpu, "model name"));
     item.set("current_processor_speed", ProcessorSpeed(tree, cpu));
     if (counted.packages > 0)

@@ -1,10 +1,10 @@
 #include "profile/Item.h"
 
 #include <CoreFoundation/CoreFoundation.h>
+#include <Host/TextReading.h>
 
 #include <algorithm>
 #include <type_traits>
-#include <unicode/utf8.h>
 
 namespace profile {
 
@@ -109,22 +109,5 @@ std::string Item::text(std::string_view key) const
 }
 
 cf::Owned<CFTypeRef> PropertyListOf(const Item::Value& value) { return std::visit(Maker(), value); }
-
-std::string CleanText(std::string_view bytes)
-{
-    const auto* const units = reinterpret_cast<const uint8_t*>(bytes.data());
-    std::string clean;
-    for (size_t i = 0; i < bytes.size();) {
-        const size_t start = i;
-        UChar32 character = 0;
-        U8_NEXT(units, i, bytes.size(), character);
-        if (character < 0 || character == 0xFFFE || character == 0xFFFF)
-            clean += "\xEF\xBF\xBD";
-        else if ((character >= 0x20 && (character < 0x7F || character > 0x9F)) || character == '\n'
-            || character == '\t')
-            clean += bytes.substr(start, i - start);
-    }
-    return clean;
-}
 
 } // namespace profile

@@ -53,8 +53,4 @@ struct Entry {
 /// @return the value as objects of a property list.
 cf::Owned<CFTypeRef> PropertyListOf(const Item::Value& value);
 
-/// Text from outside made fit for XML and terminals: control characters but tab and line feed go, and what is no UTF-8
-/// shows as U+FFFD.
-std::string CleanText(std::string_view bytes);
-
 } // namespace profile

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/HostTree.h"
 #include "profile/Item.h"
+#include <Host/HostTree.h>
 
 namespace profile {
 

@@ -3,6 +3,7 @@
 #include "profile/Reports.h"
 
 #include <Darwin/SystemVersion.h>
+#include <Host/TextReading.h>
 
 #include <algorithm>
 #include <array>
@@ -49,7 +50,7 @@ Mount MountIn(const HostTree& tree, const std::string& line)
 Item Volume(const HostTree& tree, const Mount& mount)
 {
     const TextPairs known = tree.udev("b" + tree.text("sys/class/block/" + mount.device + "/dev"));
-    Item item(Unescaped(ValueOf(known, "ID_FS_LABEL_ENC")));
+    Item item(ValueOf(known, "ID_FS_LABEL_ENC"));
     item.set("_name", mount.point.substr(mount.point.rfind('/') + 1)).set("_name", mount.device);
     item.set("bsd_name", mount.device).set("file_system", mount.type).set("mount_point", mount.point);
     struct statvfs sizes { };
@@ -65,7 +66,7 @@ Item Volume(const HostTree& tree, const Mount& mount)
 std::string SystemVersion()
 {
     const std::string build = SystemVersionText("ProductBuildVersion").value_or("");
-    return Trimmed(SystemVersionText("ProductName").value_or("") + " "
+    return CleanLine(SystemVersionText("ProductName").value_or("") + " "
                + SystemVersionText("ProductVersion").value_or(""))
         + (build.empty() ? "" : " (" + build + ")");
 }
@@ -77,7 +78,7 @@ std::string UserName()
     if (user == nullptr)
         return "";
     const std::string full(user->pw_gecos);
-    return Trimmed(full.substr(0, full.find(',')) + " (" + user->pw_name + ")");
+    return CleanLine(full.substr(0, full.find(',')) + " (" + user->pw_name + ")");
 }
 
 /// "up 0:11:33:22": days, hours, minutes, seconds.
@@ -127,7 +128,8 @@ Item::List SoftwareItems(const HostTree& tree)
     const std::string kernel = "proc/sys/kernel/";
     Item item("os_overview");
     item.set("os_version", SystemVersion());
-    item.set("kernel_version", Trimmed(tree.text(kernel + "ostype") + " " + tree.text(kernel + "osrelease")));
+    item.set(
+        "kernel_version", CleanLine(tree.text(kernel + "ostype") + " " + tree.text(kernel + "osrelease")));
     item.set("boot_mode", IsSafeBoot(tree) ? "safe_boot" : "normal_boot");
     item.set("local_host_name", tree.text(kernel + "hostname"));
     item.set("user_name", UserName());

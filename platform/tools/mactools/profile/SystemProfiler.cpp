@@ -4,8 +4,6 @@
 #include "profile/Reports.h"
 #include "profile/TextForm.h"
 
-#include <CoreFoundation/CoreFoundation.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -151,13 +149,7 @@ int WriteXml(const Request& request, const Arguments& arguments, const HostTree&
     Item::List reports;
     for (const DataType* const type : request.types)
         reports.push_back(Report(*type, request, call, tree));
-    const cf::Owned<CFTypeRef> list = profile::PropertyListOf(reports);
-    const cf::Owned<CFDataRef> data(
-        CFPropertyListCreateData(nullptr, list.get(), kCFPropertyListXMLFormat_v1_0, 0, nullptr));
-    if (!data)
-        return Complain(kTool, "the report cannot be written as a property list");
-    out.write(reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())), CFDataGetLength(data.get()));
-    return 0;
+    return WritePropertyList(kTool, profile::PropertyListOf(reports).get(), out);
 }
 
 }

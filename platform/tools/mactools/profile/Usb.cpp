@@ -62,11 +62,19 @@ std::string Release(const std::string& digits)
     return isWhole ? (digits[0] == '0' ? "" : digits.substr(0, 1)) + digits[1] + "." + digits.substr(2) : "";
 }
 
+/// What USB reports are made from.
+struct Devices {
+    const HostTree& tree;
+    std::vector<std::string> names;
+    std::vector<iokit::Drive> drives;
+};
+
 /// Every name is longer than its parent's, and the host limits their length, so this ends.
-Item::List Children(const HostTree& tree, const std::vector<std::string>& names, const std::string& parent)
+Item::List Children(const Devices& all, const std::string& parent)
 {
+    const HostTree& tree = all.tree;
     Item::List items;
-    for (const std::string& name : names) {
+    for (const std::string& name : all.names) {
         if (!IsChild(name, ChildPrefix(parent)))
             continue;
         const TextPairs known = tree.udev("c" + tree.text(kDevices + name + "/dev"));
@@ -77,9 +85,12 @@ Item::List Children(const HostTree& tree, const std::vector<std::string>& names,
         item.set("bcd_device", Release(tree.text(kDevices + name + "/bcdDevice")));
         AddSpeed(item, tree, name);
         Item::List media;
-        for (const std::string& disk : DisksOn(tree, "/" + name + ":")) // its interfaces are called "1-2:1.0"
-            media.push_back(DriveItem(tree, disk));
-        items.push_back(item.set("Media", media).set("_items", Children(tree, names, name)));
+        for (const iokit::Drive& drive : all.drives) {
+            const bool isHere = drive.device.folder().find("/" + name + ":") != std::string::npos;
+            if (isHere) // on an interface, which is called "1-2:1.0"
+                media.push_back(DriveItem(drive));
+        }
+        items.push_back(item.set("Media", media).set("_items", Children(all, name)));
     }
     return items;
 }
@@ -88,16 +99,16 @@ Item::List Children(const HostTree& tree, const std::vector<std::string>& names,
 
 Item::List UsbItems(const HostTree& tree)
 {
-    const std::vector<std::string> names = tree.names(kDevices);
+    const Devices all { tree, tree.names(kDevices), iokit::HostDrives(tree) };
     Item::List buses;
-    for (const std::string& name : names) {
+    for (const std::string& name : all.names) {
         if (!name.starts_with("usb"))
             continue;
         Item bus("USB " + tree.text(kDevices + name + "/version") + " Bus");
         AddSpeed(bus, tree, name);
         const std::string address = PciAddressIn(tree, tree.resolved(kDevices + name));
         bus.set("host_controller", address.empty() ? "" : PciName(tree, address));
-        buses.push_back(bus.set("_items", Children(tree, names, name)));
+        buses.push_back(bus.set("_items", Children(all, name)));
     }
     return buses;
 }

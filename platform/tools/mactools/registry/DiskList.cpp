@@ -2,11 +2,9 @@
 
 #include <CoreFoundation/CFString.h>
 #include <IOKit/Properties.h>
-#include <IOKit/UdevRecord.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <string_view>
 
 namespace {
@@ -42,21 +40,21 @@ std::string WordsFor(const std::string& content)
     return known != kContentNames.end() ? known->name : content;
 }
 
-iokit::UdevRecord UdevRecordOf(const Entry& media, const iokit::HostFolders& folders)
+TextPairs UdevPropertiesOf(const Entry& media, const HostTree& host)
 {
     const auto major = iokit::NumberOf(media.property("BSD Major"));
     const auto minor = iokit::NumberOf(media.property("BSD Minor"));
     if (!major || !minor)
         return {};
-    return { folders.udev, std::to_string(*major) + ':' + std::to_string(*minor) };
+    return host.udev('b' + std::to_string(*major) + ':' + std::to_string(*minor));
 }
 
-ListedMedia Listed(const Entry& media, const iokit::HostFolders& folders)
+ListedMedia Listed(const Entry& media, const HostTree& host)
 {
-    const iokit::UdevRecord udev = UdevRecordOf(media, folders);
-    const std::string content = WordsFor(iokit::TextOf(media.property("Content")));
-    return { iokit::TextOf(media.property("BSD Name")), content.empty() ? udev["ID_FS_TYPE"] : content,
-        udev["ID_FS_LABEL_ENC"], iokit::TextOf(media.property("UUID")),
+    const TextPairs udev = UdevPropertiesOf(media, host);
+    const std::string content = WordsFor(cf::TextOf(media.property("Content")));
+    return { cf::TextOf(media.property("BSD Name")), content.empty() ? ValueOf(udev, "ID_FS_TYPE") : content,
+        ValueOf(udev, "ID_FS_LABEL_ENC"), cf::TextOf(media.property("UUID")),
         iokit::NumberOf(media.property("Size")).value_or(0) };
 }
 
@@ -66,23 +64,23 @@ std::string Protocol(const Entry& media, const char* key)
     for (const Entry* one = &media; one != nullptr; one = one->parent) {
         const CFTypeRef all = one->property("Protocol Characteristics");
         if (all != nullptr && CFGetTypeID(all) == CFDictionaryGetTypeID())
-            return iokit::TextOf(
+            return cf::TextOf(
                 CFDictionaryGetValue(static_cast<CFDictionaryRef>(all), __CFStringMakeConstantString(key)));
     }
     return "";
 }
 
-ListedDisk ListedWhole(const Entry& media, const iokit::HostFolders& folders)
+ListedDisk ListedWhole(const Entry& media, const HostTree& host)
 {
     const std::string location = Protocol(media, "Physical Interconnect Location");
     if (location == "File")
-        return { Listed(media, folders), '+', "disk image", {} };
+        return { Listed(media, host), '+', "disk image", {} };
     const char* kind = "physical";
     if (location == "Internal")
         kind = "internal, physical";
     if (location == "External")
         kind = "external, physical";
-    return { Listed(media, folders), '*', kind, {} };
+    return { Listed(media, host), '*', kind, {} };
 }
 
 /// Whether it is "disk0s1" of "disk0".
@@ -102,17 +100,17 @@ std::string WithoutFolder(const std::string& identifier)
 
 }
 
-std::vector<ListedDisk> DisksOf(const iokit::Registry& registry, const iokit::HostFolders& folders)
+std::vector<ListedDisk> DisksOf(const iokit::Registry& registry, const HostTree& host)
 {
     std::vector<ListedDisk> disks;
     const auto add = [&](const Entry& entry, bool) {
         if (!entry.conformsTo("IOMedia"))
             return true;
         if (iokit::IsTrue(entry.property("Whole"))) {
-            disks.push_back(ListedWhole(entry, folders));
+            disks.push_back(ListedWhole(entry, host));
             return true;
         }
-        ListedMedia partition = Listed(entry, folders);
+        ListedMedia partition = Listed(entry, host);
         const auto disk = std::find_if(disks.begin(), disks.end(),
             [&partition](const ListedDisk& one) { return IsPartOf(partition, one); });
         if (disk != disks.end())
@@ -121,7 +119,7 @@ std::vector<ListedDisk> DisksOf(const iokit::Registry& registry, const iokit::Ho
     };
     iokit::Walk(registry.root(), add, [](const Entry&) {});
     std::sort(disks.begin(), disks.end(), [](const ListedDisk& first, const ListedDisk& second) {
-        return strverscmp(first.whole.identifier.c_str(), second.whole.identifier.c_str()) < 0;
+        return ComesBefore(first.whole.identifier, second.whole.identifier);
     });
     return disks;
 }

@@ -2,7 +2,8 @@
 
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/Runtime.h>
-#include <IOKit/HostRegistry.h>
+#include <Host/HostTree.h>
+#include <IOKit/Registry.h>
 
 #include <cstdint>
 #include <ostream>
@@ -25,8 +26,8 @@ struct ListedDisk {
     std::vector<ListedMedia> partitions;
 };
 
-/// The registry's disks by their numbers. Names of volumes are taken from udev's database.
-std::vector<ListedDisk> DisksOf(const iokit::Registry& registry, const iokit::HostFolders& folders);
+/// The registry's disks by their numbers. Names of volumes are taken from the host's udev.
+std::vector<ListedDisk> DisksOf(const iokit::Registry& registry, const HostTree& host);
 
 /// @param identifier "disk0", "disk0s1", both also with "/dev/" or "/dev/r" before. @return the disk, or the partition in the
 /// place of one; none where there is no such one.

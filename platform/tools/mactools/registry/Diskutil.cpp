@@ -2,8 +2,7 @@
 
 #include "registry/DiskList.h"
 
-#include <CoreFoundation/CFData.h>
-#include <CoreFoundation/CFPropertyList.h>
+#include <IOKit/HostRegistry.h>
 
 #include <iostream>
 
@@ -14,16 +13,6 @@ constexpr const char* kUsage = "Usage:  diskutil <verb> <options>, where <verb> 
                                "diskutil <verb> with no options will provide help on that verb\n";
 constexpr const char* kListUsage = "Usage:  diskutil list [-plist] [DiskIdentifier|DeviceNode]\n";
 
-int PrintPropertyList(const std::vector<ListedDisk>& disks)
-{
-    const cf::Owned<CFDataRef> data(CFPropertyListCreateData(
-        nullptr, DisksAsPropertyList(disks).get(), kCFPropertyListXMLFormat_v1_0, 0, nullptr));
-    if (!data)
-        return Complain("diskutil", "the list could not be written");
-    std::cout.write(reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())), CFDataGetLength(data.get()));
-    return 0;
-}
-
 int List(const Arguments& options)
 {
     const bool isPropertyList = !options.empty() && options.front() == "-plist";
@@ -32,8 +21,8 @@ int List(const Arguments& options)
         std::cerr << kListUsage;
         return 1;
     }
-    const iokit::HostFolders folders;
-    std::vector<ListedDisk> disks = DisksOf(iokit::ReadHostRegistry(folders), folders);
+    const HostTree host;
+    std::vector<ListedDisk> disks = DisksOf(iokit::ReadHostRegistry(host), host);
     if (!names.empty()) {
         disks = DisksNamed(disks, names.front());
         if (disks.empty()) {
@@ -42,7 +31,7 @@ int List(const Arguments& options)
         }
     }
     if (isPropertyList)
-        return PrintPropertyList(disks);
+        return WritePropertyList("diskutil", DisksAsPropertyList(disks).get(), std::cout);
     PrintDisks(std::cout, disks);
     return 0;
 }

@@ -4,9 +4,9 @@
 #include "registry/RegistryText.h"
 
 #include <Host/ProgramStart.h>
+#include <Host/TextReading.h>
 #include <IOKit/HostRegistry.h>
 
-#include <charconv>
 #include <iostream>
 #include <optional>
 #include <sys/ioctl.h>
@@ -44,11 +44,11 @@ size_t TerminalWidth()
     return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
 }
 
-template <class Number> bool Read(const std::string& digits, Number& number)
+bool Read(const char* digits, size_t& number)
 {
-    const char* const end = digits.data() + digits.size();
-    const auto [place, error] = std::from_chars(digits.data(), end, number);
-    return error == std::errc() && place == end;
+    const int64_t read = NumberIn(digits).value_or(-1);
+    number = static_cast<size_t>(read);
+    return read >= 0;
 }
 
 /// @return false for an option that there is not, or a value that does not fit.

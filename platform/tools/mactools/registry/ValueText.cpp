@@ -103,7 +103,7 @@ void AppendValue(std::string& line, CFTypeRef value, bool hexadecimal)
 {
     const CFTypeID type = CFGetTypeID(value);
     if (type == CFStringGetTypeID())
-        line += '"' + iokit::TextOf(value) + '"';
+        line += '"' + cf::TextOf(value) + '"';
     else if (type == CFNumberGetTypeID())
         AppendNumber(line, value, hexadecimal);
     else if (type == CFBooleanGetTypeID())

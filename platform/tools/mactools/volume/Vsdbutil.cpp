@@ -1,6 +1,6 @@
-#include "kext/Vsdbutil.h"
+#include "volume/Vsdbutil.h"
 
-#include "kext/VolumeDatabase.h"
+#include "volume/VolumeDatabase.h"
 
 #include <Host/Descriptor.h>
 #include <Host/Folders.h>
@@ -32,8 +32,6 @@ constexpr const char* kUsage = R"(usage: vsdbutil { -a | -c | -d } path
 )";
 constexpr const char* kFolder = "/private/var/db";
 constexpr const char* kFile = "/volinfo.database";
-
-using kext::VolumeDatabase;
 
 int Failure(const std::string& path, int error)
 {
@@ -68,7 +66,7 @@ int Change(const std::function<void(VolumeDatabase&)>& change)
 
 int SetPermissions(const std::string& path, bool count)
 {
-    const std::string key = kext::VolumeKey(HostPath(path));
+    const std::string key = VolumeKey(HostPath(path));
     if (key.empty())
         return Failure(path, errno);
     return Change([&](VolumeDatabase& database) {
@@ -79,7 +77,7 @@ int SetPermissions(const std::string& path, bool count)
 
 int CheckPermissions(const std::string& path)
 {
-    const std::string key = kext::VolumeKey(HostPath(path));
+    const std::string key = VolumeKey(HostPath(path));
     if (key.empty())
         return Failure(path, errno);
     VolumeDatabase database;
@@ -101,7 +99,7 @@ int Initialize()
         volumes.push_back(volume.path());
     return Change([&](VolumeDatabase& database) {
         for (const std::string& volume : volumes) {
-            const std::string key = kext::VolumeKey(volume);
+            const std::string key = VolumeKey(volume);
             if (!key.empty() && !database.flags(key))
                 database.setFlags(key, VolumeDatabase::kUsePermissions);
         }
@@ -112,10 +110,8 @@ int Initialize()
 
 int Vsdbutil(const Arguments& arguments)
 {
-    if (arguments == Arguments { "--help" }) {
-        std::cout << kUsage;
+    if (AnswersHelp(arguments, kUsage))
         return 0;
-    }
     if (arguments == Arguments { "-i" })
         return Initialize();
     const std::string option = arguments.size() == 2 ? arguments[0] : "";

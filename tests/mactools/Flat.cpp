@@ -1,35 +1,7 @@
-#include "HostFolder.h"
+#include "Flat.h"
 
-#include "tests/support/TestVolume.h"
-
-#include <cstdlib>
-#include <type_traits>
-
-namespace fs = std::filesystem;
 using profile::Entry;
 using profile::Item;
-
-HostFolder::HostFolder()
-{
-    std::string name = fs::temp_directory_path() / "host-XXXXXX";
-    fRoot = mkdtemp(name.data());
-}
-
-HostFolder::~HostFolder() { fs::remove_all(fRoot); }
-
-HostFolder& HostFolder::add(
-    const std::string& folder, std::initializer_list<std::pair<std::string, std::string>> files)
-{
-    for (const auto& [name, text] : files) {
-        const fs::path path = fRoot / (folder + name);
-        fs::create_directories(path.parent_path());
-        if (text.starts_with("-> "))
-            fs::create_symlink(fRoot / text.substr(3), path);
-        else
-            TestVolume::write(path, text);
-    }
-    return *this;
-}
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "kext/VolumeDatabase.h"
+#include "volume/VolumeDatabase.h"
 
 #include <Host/AtomicFile.h>
 #include <sys/mount.h>
@@ -15,8 +15,6 @@
 #include <system_error>
 
 namespace fs = std::filesystem;
-
-namespace kext {
 
 namespace {
 
@@ -109,6 +107,4 @@ std::string VolumeKey(const std::string& path)
     std::string uuid = DeviceUUID(info.st_dev, "/dev/disk/by-uuid");
     errno = ENOTBLK; // the reason, should there be no mount either
     return uuid.empty() ? OnOneLine(mount.f_mntonname) : uuid;
-}
-
 }

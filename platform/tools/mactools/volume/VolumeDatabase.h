@@ -6,8 +6,6 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace kext {
-
 /// What the start-up volume remembers of every volume that it has met: private/var/db/volinfo.database, a line for each
 /// with what identifies it, a blank, and flags of eight hexadecimal digits. Lines that say something else are kept.
 class VolumeDatabase {
@@ -35,5 +33,3 @@ std::string DeviceUUID(dev_t device, const std::string& links);
 /// folder that it is mounted on.
 /// @param path host path. @return "" with errno on failure.
 std::string VolumeKey(const std::string& path);
-
-}
