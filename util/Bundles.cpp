@@ -41,7 +41,7 @@ bool CreateExecutableBundleNameFromPathname(const char* path, char* buffer, size
     const char* const name = LastPathComponent(path);
     if (name == path || buffer == nullptr || std::strlen(name) >= capacity)
         return false;
-    std::strcpy(buffer, name);
+    std::memcpy(buffer, name, std::strlen(name) + 1);
     if (char* const slash = std::strrchr(buffer, '/'); slash != nullptr)
         *slash = 0;
     return true;

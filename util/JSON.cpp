@@ -282,7 +282,7 @@ bool Writer::writeString(CFStringRef string)
 {
     const CFRange whole = CFRangeMake(0, CFStringGetLength(string));
     if (used() + 1 + static_cast<size_t>(whole.length) >= kTextLimit)
-        return appendText({}); // each of its units takes a byte or more
+        return appendText(""); // each of its units takes a byte or more
     if (const char* const ascii = CFStringGetCStringPtr(string, kCFStringEncodingUTF8); ascii != nullptr)
         return appendText(ascii);
     fWide.resize(static_cast<size_t>(CFStringGetMaximumSizeForEncoding(whole.length, kCFStringEncodingUTF8)));

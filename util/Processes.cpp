@@ -1,5 +1,6 @@
 #include "util/Processes.h"
 
+#include "util/CFRef.h"
 #include "util/ChildProcess.h"
 #include "util/Pipe.h"
 
@@ -33,6 +34,7 @@ pid_t ProcessInLine(const char* line, const char* name)
     std::array<char, kLongestLine> state {};
     std::array<char, kLongestLine> time {};
     std::array<char, kLongestLine> command {};
+    // NOLINTNEXTLINE(cert-err34-c): numbers that are too large are nobody's
     const int count = std::sscanf(line, "%d %255s %255s %255s %255s", &process, terminal.data(), state.data(),
         time.data(), command.data());
     return count == 5 && process != getpid() && std::strcmp(command.data(), name) == 0 ? process : 0;
@@ -153,4 +155,9 @@ bool PSNsEqual(const ProcessSerialNumber* one, const ProcessSerialNumber* other)
         && one->lowLongOfPSN == other->lowLongOfPSN;
 }
 
-CFStringRef GetProcessNameForPID(pid_t process) { return HostApplicationName(process); }
+CFStringRef GetProcessNameForPID(pid_t process)
+{
+    static thread_local CFRef<CFStringRef> name;
+    name = CFRef(HostApplicationName(process));
+    return name.get();
+}

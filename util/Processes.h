@@ -42,6 +42,6 @@ bool IsPSN_Valid(const ProcessSerialNumber* number);
 bool PSNsEqual(const ProcessSerialNumber* one, const ProcessSerialNumber* other);
 
 /// The localized name of a running application.
-/// @return a new string that the caller releases; null when there is no such application. Programs without a user
-/// interface are none.
+/// @return borrowed until this thread asks again; null when there is no such application. Programs without a user interface
+/// are none.
 CFStringRef GetProcessNameForPID(pid_t process);

@@ -21,9 +21,9 @@ void CopyBounded(const char* text, char* buffer, size_t capacity)
 {
     if (buffer == nullptr || capacity == 0)
         return;
-    const size_t size = std::min(std::strlen(text), capacity - 1);
-    std::memcpy(buffer, text, size);
-    std::memset(buffer + size, 0, capacity - size);
+    const std::string_view fitting = std::string_view(text).substr(0, capacity - 1);
+    std::memset(buffer, 0, capacity);
+    std::memcpy(buffer, fitting.data(), fitting.size());
 }
 
 struct SizeUnit {
@@ -148,13 +148,13 @@ void ConvertUInt64ToSizeSizeStringAndPowerOfTen(uint64_t bytes, char* buffer, si
 
 void ConvertUInt64ToSizeString(uint64_t bytes, char* buffer, size_t capacity)
 {
-    std::array<char, 24> text {};
+    std::array<char, 16> number {};
     int32_t power = 0;
-    ConvertUInt64ToSizeSizeStringAndPowerOfTen(bytes, text.data(), text.size(), &power);
+    ConvertUInt64ToSizeSizeStringAndPowerOfTen(bytes, number.data(), number.size(), &power);
     const auto* const name = std::find_if(std::begin(kUnitNames), std::end(kUnitNames),
         [power](const UnitName& each) { return each.power == power; });
-    std::strcat(text.data(), name != std::end(kUnitNames) ? name->text : " -");
-    CopyBounded(text.data(), buffer, capacity);
+    const std::string text = number.data() + std::string(name != std::end(kUnitNames) ? name->text : " -");
+    CopyBounded(text.c_str(), buffer, capacity);
 }
 
 bool ConvertSizeStringToUInt64(const char* text, uint64_t* bytes)

@@ -47,8 +47,8 @@ std::string UserName(uid_t user)
 
 Value ApplicationName(pid_t process)
 {
-    const CFRef<CFStringRef> name(GetProcessNameForPID(process));
-    return name ? Value(StdString(name.get())) : Value();
+    const CFStringRef name = GetProcessNameForPID(process);
+    return name != nullptr ? Value(StdString(name)) : Value();
 }
 
 Record Describe(const kinfo_proc& process)
