@@ -83,7 +83,6 @@ private:
 
 /// A dictionary or array that is being written.
 struct Level {
-    CFTypeRef container;
     size_t start; ///< of its text
     size_t firstItem; ///< of its items in the list of all
     size_t count; ///< of its values
@@ -163,7 +162,7 @@ bool Writer::enter(CFTypeRef container, size_t count, bool isDictionary)
         fMark = container;
         fMarkDepth = fLevels.size();
     }
-    fLevels.push_back({ container, fText.size(), fItems.size(), count, isDictionary });
+    fLevels.push_back({ fText.size(), fItems.size(), count, isDictionary });
     return append(isDictionary ? '{' : '[');
 }
 
