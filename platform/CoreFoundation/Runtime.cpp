@@ -70,7 +70,7 @@ void Object::destroy() const
     constexpr int deepest = 1000;
     struct Thread {
         int depth;
-        std::vector<const Object*>* waiting; ///< null where there are none, so that nothing is left to a thread's end
+        std::vector<const Object*>* waiting; ///< null without any: nothing is left to a thread's end
     };
     static thread_local Thread thread {};
     if (thread.depth == deepest) {
