@@ -1,6 +1,7 @@
 #include "util/ChildProcess.h"
 
 #include <Host/HostPath.h>
+#include <Host/ProgramStart.h>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -25,10 +26,8 @@ ChildEnd RunTool(const ToolCall& call)
 {
     // All that the child needs, made before there is one.
     const std::string path = HostPath(call.tool);
-    std::vector<char*> arguments;
-    for (const std::string& argument : call.arguments)
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    arguments.push_back(nullptr);
+    std::vector<std::string> texts = call.arguments;
+    const std::vector<char*> arguments = PointersTo(texts);
 
     const pid_t child = fork();
     if (child < 0)

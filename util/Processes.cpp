@@ -5,14 +5,15 @@
 #include "util/Pipe.h"
 
 #include <HostApplications/HostApplication.h>
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <iterator>
 #include <memory>
-#include <sys/sysctl.h>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 
@@ -20,9 +21,8 @@ constexpr size_t kOutputSize = 32768;
 constexpr size_t kLongestLine = 256;
 constexpr size_t kLongestPath = 1024;
 
-/// One record of the kernel's process table.
-constexpr size_t kProcessRecord = 648;
-constexpr size_t kCommandName = 243; ///< where its short name begins
+// The kernel's records as this library knows them, with the short command name.
+static_assert(sizeof(kinfo_proc) == 648 && offsetof(kinfo_proc, kp_proc.p_comm) == 243);
 
 /// The process that a line of "ps acxww" tells of, if it is of this name and not the caller.
 pid_t ProcessInLine(const char* line, const char* name)
@@ -107,19 +107,26 @@ pid_t SearchBufferFor_PID(char* buffer, size_t* leftover, const char* name)
     return 0;
 }
 
+std::vector<kinfo_proc> ProcessTable()
+{
+    int name[] = { CTL_KERN, KERN_PROC, KERN_PROC_ALL };
+    size_t size = 0;
+    if (sysctl(name, std::size(name), nullptr, &size, nullptr, 0) != 0)
+        return {};
+    std::vector<kinfo_proc> table(size / sizeof(kinfo_proc));
+    if (sysctl(name, std::size(name), table.data(), &size, nullptr, 0) != 0)
+        return {};
+    table.resize(size / sizeof(kinfo_proc));
+    return table;
+}
+
 int NumberOfProcessesWithName(const char* name)
 {
-    int table[] = { CTL_KERN, KERN_PROC, KERN_PROC_ALL };
-    size_t size = 0;
-    if (name == nullptr || sysctl(table, std::size(table), nullptr, &size, nullptr, 0) != 0)
+    if (name == nullptr)
         return 0;
-    std::vector<char> records(size);
-    if (sysctl(table, std::size(table), records.data(), &size, nullptr, 0) != 0)
-        return 0;
-    int count = 0;
-    for (size_t at = 0; at + kProcessRecord <= size; at += kProcessRecord)
-        count += std::strcmp(records.data() + at + kCommandName, name) == 0 ? 1 : 0;
-    return count;
+    const std::vector<kinfo_proc> table = ProcessTable();
+    return static_cast<int>(std::count_if(table.begin(), table.end(),
+        [name](const kinfo_proc& process) { return std::strcmp(process.kp_proc.p_comm, name) == 0; }));
 }
 
 bool CodeSignatureValid(const char* path)

@@ -2,7 +2,9 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <cstdint>
+#include <sys/sysctl.h>
 #include <sys/types.h>
+#include <vector>
 
 // Running processes, code signatures, standard streams, process serial numbers. A failure is answered like the absence of
 // what was asked for.
@@ -23,6 +25,9 @@ pid_t Get_ProcessID(const char* name);
 /// @param leftover receives the length of that line; 0 when the process was found.
 /// @return the process, never the caller itself, or 0.
 pid_t SearchBufferFor_PID(char* buffer, size_t* leftover, const char* name);
+
+/// The kernel's record of every process that may be seen; empty when it cannot be had.
+std::vector<kinfo_proc> ProcessTable();
 
 /// How many processes have this short command name. It has 16 bytes at most; a longer one is nobody's.
 int NumberOfProcessesWithName(const char* name);

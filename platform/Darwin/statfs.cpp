@@ -12,6 +12,7 @@
 
 namespace {
 
+/// Fills with zeros what the name leaves.
 template <size_t Size> void CopyName(char (&destination)[Size], const char* name)
 {
     std::strncpy(destination, name, Size - 1);
@@ -45,9 +46,6 @@ void AddMount(const char* path, struct mac_statfs& record)
             || !IsOnDevice(mount->mnt_dir, info.st_dev))
             continue;
         longest = length;
-        std::memset(record.f_fstypename, 0, sizeof record.f_fstypename);
-        std::memset(record.f_mntonname, 0, sizeof record.f_mntonname);
-        std::memset(record.f_mntfromname, 0, sizeof record.f_mntfromname);
         CopyName(record.f_fstypename, mount->mnt_type);
         CopyName(record.f_mntonname, mount->mnt_dir);
         CopyName(record.f_mntfromname, mount->mnt_fsname);

@@ -11,8 +11,8 @@ std::optional<std::string> HostText(const std::string& file, size_t limit)
     const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!descriptor)
         return {};
-    std::string text(limit + 1, '\0');
-    if (ReadWhole(descriptor.get(), text) != 0)
+    std::string text;
+    if (ReadWhole(descriptor.get(), limit, text) != 0)
         return {};
     return text;
 }

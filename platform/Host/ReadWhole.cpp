@@ -2,21 +2,24 @@
 
 #include <unistd.h>
 
-#include <algorithm>
+#include <array>
 #include <cerrno>
 
-int ReadWhole(int descriptor, std::string& bytes)
+int ReadWhole(int descriptor, size_t limit, std::string& bytes)
 {
-    size_t used = 0;
-    while (used < bytes.size()) {
-        const ssize_t count = read(descriptor, bytes.data() + used, bytes.size() - used);
-        if (count < 0 && errno != EINTR)
+    // Piece by piece: most of what is read is far shorter than it may be.
+    std::array<char, 4096> piece;
+    bytes.clear();
+    for (;;) {
+        const ssize_t count = read(descriptor, piece.data(), piece.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
             return errno;
-        if (count == 0) {
-            bytes.resize(used);
+        if (count == 0)
             return 0;
-        }
-        used += static_cast<size_t>(std::max<ssize_t>(count, 0));
+        bytes.append(piece.data(), static_cast<size_t>(count));
+        if (bytes.size() > limit)
+            return EFBIG;
     }
-    return EFBIG;
 }

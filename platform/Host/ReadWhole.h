@@ -1,8 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 /// Reads from a descriptor to the end.
-/// @param bytes on calling, room for the largest acceptable content and one byte more; then what was read.
-/// @return 0 or an errno; EFBIG when it does not fit.
-int ReadWhole(int descriptor, std::string& bytes);
+/// @param limit the largest acceptable content in bytes. @param bytes receives what was read.
+/// @return 0 or an errno; EFBIG for more than the limit.
+int ReadWhole(int descriptor, size_t limit, std::string& bytes);

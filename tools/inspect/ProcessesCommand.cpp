@@ -3,24 +3,10 @@
 #include "util/Processes.h"
 
 #include <algorithm>
-#include <array>
 #include <pwd.h>
-#include <sys/sysctl.h>
+#include <set>
 
 namespace {
-
-std::vector<kinfo_proc> ProcessTable()
-{
-    int name[] = { CTL_KERN, KERN_PROC, KERN_PROC_ALL };
-    size_t size = 0;
-    if (sysctl(name, std::size(name), nullptr, &size, nullptr, 0) != 0)
-        return {};
-    std::vector<kinfo_proc> table(size / sizeof(kinfo_proc));
-    if (sysctl(name, std::size(name), table.data(), &size, nullptr, 0) != 0)
-        return {};
-    table.resize(size / sizeof(kinfo_proc));
-    return table;
-}
 
 const char* StateName(char state)
 {
@@ -70,15 +56,15 @@ Record Describe(const kinfo_proc& process)
 Findings FindProcesses(const std::vector<std::string>& names)
 {
     Findings findings;
+    std::set<std::string> missing(names.begin(), names.end());
     for (const kinfo_proc& process : ProcessTable()) {
-        const bool isMeant
-            = names.empty() || std::find(names.begin(), names.end(), process.kp_proc.p_comm) != names.end();
+        const std::string name = process.kp_proc.p_comm;
+        const bool isMeant = names.empty() || std::find(names.begin(), names.end(), name) != names.end();
         if (isMeant)
             findings.records.push_back(Describe(process));
+        missing.erase(name);
     }
-    for (const std::string& name : names) {
-        if (NumberOfProcessesWithName(name.c_str()) == 0)
-            findings.problems.push_back("no process has the name " + name);
-    }
+    for (const std::string& name : missing)
+        findings.problems.push_back("no process has the name " + name);
     return findings;
 }

@@ -84,8 +84,8 @@ Answer ReadJobFile(const std::string& given, JobFile& file)
     if (Answer refusal = CheckOwnership(given, status); !refusal.ok())
         return refusal;
 
-    std::string bytes(maxJobBytes + 1, '\0');
-    if (const int error = ReadWhole(descriptor.get(), bytes); error != 0)
+    std::string bytes;
+    if (const int error = ReadWhole(descriptor.get(), maxJobBytes, bytes); error != 0)
         return SystemFailure(given, error);
     std::string problem;
     std::optional<Job> job = ParseJob(bytes, problem);

@@ -32,11 +32,10 @@ std::optional<FoundUnit> ReadUnitFile(const fs::path& path)
 {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status { };
-    if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)
-        || status.st_size > static_cast<off_t>(maxUnitBytes))
+    if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::nullopt;
-    std::string text(static_cast<size_t>(status.st_size) + 1, '\0');
-    if (ReadWhole(file.get(), text) != 0)
+    std::string text;
+    if (ReadWhole(file.get(), maxUnitBytes, text) != 0)
         return std::nullopt;
     std::optional<UnitNotes> notes = ReadUnit(text);
     if (!notes)
