@@ -3,12 +3,32 @@
 #include <CoreFoundation/CFString.h>
 #include <IOKit/Properties.h>
 
+#include <algorithm>
+#include <array>
+
 namespace iokit {
 
 namespace {
 
 constexpr uint64_t kFirstID = 0x100000100;
 
+/// Classes of the entries that stand for what the firmware knows of, as opposed to the drivers of it.
+constexpr std::array kDescriptions { "IOPlatformExpertDevice", "IOPlatformDevice", "IOPCIDevice", "IODTNVRAM" };
+
+/// Whether the firmware knows of it: it is of such a class, or bears the number that the firmware has for it.
+bool IsInDeviceTree(const Entry& entry)
+{
+    return entry.property("AAPL,phandle") != nullptr
+        || std::any_of(kDescriptions.begin(), kDescriptions.end(),
+            [&entry](const char* name) { return entry.conformsTo(name); });
+}
+
+}
+
+const Entry* Entry::parent(Plane plane) const
+{
+    const std::vector<const Entry*>& parents = in(plane).parents;
+    return parents.empty() ? nullptr : parents.front();
 }
 
 CFTypeRef Entry::property(const char* key) const
@@ -16,22 +36,64 @@ CFTypeRef Entry::property(const char* key) const
     return CFDictionaryGetValue(properties.get(), __CFStringMakeConstantString(key));
 }
 
+cf::Owned<CFDictionaryRef> Entry::currentProperties() const
+{
+    return readProperties ? readProperties() : cf::Owned<CFDictionaryRef>(cf::Retained(properties.get()));
+}
+
+cf::Owned<CFTypeRef> Entry::currentProperty(CFStringRef key) const
+{
+    if (!readProperties)
+        return cf::Owned<CFTypeRef>(cf::Retained(CFDictionaryGetValue(properties.get(), key)));
+    return cf::Owned<CFTypeRef>(cf::Retained(CFDictionaryGetValue(readProperties().get(), key)));
+}
+
 Registry::Registry()
 {
-    Properties properties;
-    properties.dictionary("IORegistryPlanes", Properties().text("IOService", "IOService"));
-    append("IORegistryEntry", "Root", "", properties.take());
+    Properties planes;
+    planes.text("IOService", "IOService").text("IODeviceTree", "IODeviceTree");
+    append("IORegistryEntry", "Root", "", Properties().dictionary("IORegistryPlanes", planes).take());
 }
 
 Entry& Registry::add(Entry& parent, const std::string& className, std::string name, std::string location,
     cf::Owned<CFDictionaryRef> properties)
 {
     Entry& entry = append(className, std::move(name), std::move(location), std::move(properties));
-    entry.parent = &parent;
-    parent.children.push_back(&entry);
-    ++parent.retainCount;
-    ++entry.retainCount;
+    link(parent, entry);
     return entry;
+}
+
+void Registry::link(Entry& parent, Entry& child)
+{
+    child.services.parents.push_back(&parent);
+    parent.services.children.push_back(&child);
+    ++parent.retainCount;
+    ++child.retainCount;
+}
+
+void Registry::completeDeviceTree()
+{
+    for (Entry& entry : fEntries) { // parents come before their children
+        if (!IsInDeviceTree(entry))
+            continue;
+        const Entry* above = entry.parent();
+        while (above != nullptr && above->index != 0 && !IsInDeviceTree(*above))
+            above = above->parent();
+        Entry& parent = fEntries[above != nullptr ? above->index : 0];
+        entry.deviceTree.parents.push_back(&parent);
+        parent.deviceTree.children.push_back(&entry);
+    }
+}
+
+std::string Registry::deviceFile(const std::string& bsdName) const
+{
+    const auto known = fDeviceFiles.find(bsdName);
+    return known != fDeviceFiles.end() ? known->second : "";
+}
+
+void Registry::setDeviceFile(const std::string& bsdName, const std::string& path)
+{
+    fDeviceFiles[bsdName] = path;
 }
 
 Entry& Registry::append(const std::string& className, std::string name, std::string location,
@@ -44,7 +106,8 @@ Entry& Registry::append(const std::string& className, std::string name, std::str
     entry.properties = properties ? std::move(properties) : Properties().take();
     if (entry.conformsTo("IOService"))
         entry.service.emplace();
-    entry.id = kFirstID + fEntries.size() - 1;
+    entry.index = static_cast<uint32_t>(fEntries.size() - 1);
+    entry.id = kFirstID + entry.index;
     entry.retainCount = 1;
     return entry;
 }

@@ -6,11 +6,19 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace iokit {
+
+/// One of the trees in which entries lie.
+enum class Plane {
+    Service, ///< "IOService": who provides for whom
+    DeviceTree, ///< "IODeviceTree": what the firmware knows of
+};
 
 /// What an entry that is a service tells of its life.
 struct ServiceState {
@@ -21,38 +29,74 @@ struct ServiceState {
     std::optional<uint64_t> busyTime = 0; ///< in ns, so far; none where it is not counted
 };
 
+struct Entry;
+
+/// An entry's place in a plane. What is put together from several disks has several parents; the first is its own.
+struct Links {
+    std::vector<const Entry*> parents;
+    std::vector<const Entry*> children; ///< in their order
+};
+
 /// A device, a driver or another object that the registry knows of.
 struct Entry {
     std::string name; ///< UTF-8, unless a recording had other bytes
     std::string location; ///< tells it from others of its name beside it, as after the "@"; "" for none
     const Class* objectClass; ///< never null
-    cf::Owned<CFDictionaryRef> properties; ///< never null
+    cf::Owned<CFDictionaryRef> properties; ///< never null; as they were when the registry was read
+    /// Makes the properties as they are now, for an entry with some that change all the time, as counters do; else empty.
+    std::function<cf::Owned<CFDictionaryRef>()> readProperties;
     std::optional<ServiceState> service; ///< none where it is no service
     uint64_t id; ///< of this entry alone
-    uint32_t retainCount; ///< the registry itself, the parent and each child hold it
-    const Entry* parent; ///< null for the root
-    std::vector<const Entry*> children; ///< in their order
+    uint32_t retainCount; ///< the registry itself, the parents and the children hold it
+    uint32_t index; ///< among the registry's entries
+    Links services; ///< in Plane::Service
+    Links deviceTree; ///< in Plane::DeviceTree
 
     bool conformsTo(std::string_view className) const { return objectClass->derivesFrom(className); }
+    const Links& in(Plane plane) const { return plane == Plane::Service ? services : deviceTree; }
+    /// @return null at the top.
+    const Entry* parent(Plane plane = Plane::Service) const;
+    const std::vector<const Entry*>& children(Plane plane = Plane::Service) const { return in(plane).children; }
+    /// "name@location", or the name where there is no location.
+    std::string fullName() const { return location.empty() ? name : name + '@' + location; }
+
     /// @return the value, which the entry keeps; null when there is none.
     CFTypeRef property(const char* key) const;
+    /// The properties as they are now; never null.
+    cf::Owned<CFDictionaryRef> currentProperties() const;
+    /// One of them; null when there is none.
+    cf::Owned<CFTypeRef> currentProperty(CFStringRef key) const;
 };
 
-/// The tree of entries, as its source found it: nothing refreshes it. Sources, which are functions that make a registry,
-/// fill it from the root down. Moving it leaves the entries where they are.
+/// The entries, as their source found them: nothing refreshes them but their readProperties. Sources fill a registry from
+/// the root down. Moving it leaves the entries where they are.
 class Registry {
 public:
-    /// With a root "Root", as every registry has, that names the plane "IOService", in which the entries lie.
+    /// With a root "Root", as every registry has, that names the planes.
     Registry();
 
     const Entry& root() const { return fEntries.front(); }
     Entry& root() { return fEntries.front(); }
+    size_t size() const { return fEntries.size(); }
+    Classes& classes() { return fClasses; }
 
-    /// Adds an entry as the last child.
+    /// Adds an entry to the service plane as the last child.
     /// @param parent of this registry. @param properties now the entry's; null for none.
     /// @return good as long as the registry; a service that is registered and idle if its class is one.
     Entry& add(Entry& parent, const std::string& className, std::string name, std::string location,
         cf::Owned<CFDictionaryRef> properties);
+
+    /// Makes an entry a further parent's last child in the service plane. Nothing may get below itself.
+    void link(Entry& parent, Entry& child);
+
+    /// Puts what the firmware knows of into the device tree: the computer, and the entries below that describe its devices
+    /// instead of driving them. Call it once, when the service plane is complete.
+    void completeDeviceTree();
+
+    /// The host's file for a disk that the source gave a BSD name.
+    /// @return as "/dev/sda"; "" for other names, and for all names of a recording.
+    std::string deviceFile(const std::string& bsdName) const;
+    void setDeviceFile(const std::string& bsdName, const std::string& path);
 
 private:
     Entry& append(const std::string& className, std::string name, std::string location,
@@ -60,12 +104,22 @@ private:
 
     Classes fClasses;
     std::deque<Entry> fEntries; ///< never moved; the root is the first
+    std::unordered_map<std::string, std::string> fDeviceFiles; ///< by BSD names
 };
 
-/// Visits an entry and all below it, parents first. However deep they lie, it takes no more of the stack.
-/// @param enter bool(const Entry&, bool isLast): called before the children; answers whether they are to be visited.
-/// isLast tells that no sibling follows in this walk. @param leave void(const Entry&): called after the children.
-template <class Enter, class Leave> void Walk(const Entry& top, Enter enter, Leave leave)
+/// An entry as a walk meets it.
+struct Visit {
+    const Entry& entry;
+    bool isLast; ///< no sibling follows
+    bool isAgain; ///< it was met before, under another parent
+};
+
+/// Visits an entry and all below it, parents first; what lies below an entry that has several parents, only the first time.
+/// However deep the entries lie, it takes no more of the stack.
+/// @param enter bool(const Visit&): called before the children; answers whether they are to be visited.
+/// @param leave void(const Entry&): called after the children.
+template <class Enter, class Leave>
+void Walk(const Entry& top, Enter enter, Leave leave, Plane plane = Plane::Service)
 {
     struct Place {
         const Entry* entry;
@@ -73,9 +127,14 @@ template <class Enter, class Leave> void Walk(const Entry& top, Enter enter, Lea
         size_t end;
     };
     std::vector<Place> way;
+    std::vector<bool> isKnown(top.index + size_t { 1 });
     const auto go = [&](const Entry& entry, bool isLast) {
-        const bool descends = enter(entry, isLast);
-        way.push_back({ &entry, 0, descends ? entry.children.size() : 0 });
+        if (entry.index >= isKnown.size())
+            isKnown.resize(entry.index * size_t { 2 });
+        const bool isAgain = isKnown[entry.index];
+        isKnown[entry.index] = true;
+        const bool descends = enter(Visit { entry, isLast, isAgain }) && !isAgain;
+        way.push_back({ &entry, 0, descends ? entry.children(plane).size() : 0 });
     };
     go(top, true);
     while (!way.empty()) {
@@ -85,9 +144,20 @@ template <class Enter, class Leave> void Walk(const Entry& top, Enter enter, Lea
             way.pop_back();
             continue;
         }
-        const Entry& child = *place.entry->children[place.next++];
+        const Entry& child = *place.entry->children(plane)[place.next++];
         go(child, place.next == place.end);
     }
+}
+
+/// Calls void(const Entry&) for each entry at or below one, once, parents before their children.
+template <class Call> void ForEach(const Entry& top, Call call, Plane plane = Plane::Service)
+{
+    const auto enter = [&](const Visit& visit) {
+        if (!visit.isAgain)
+            call(visit.entry);
+        return true;
+    };
+    Walk(top, enter, [](const Entry&) {}, plane);
 }
 
 }

@@ -130,8 +130,8 @@ TEST(HostRegistry, DescribesAnNvmeDiskThatUdevDoesNotKnow)
     // Nobody tells the kind of table; the kernel's own name of the partition is there, without what moves a cursor.
     const iokit::Entry& scheme = *EntriesOf(registry, "IOPartitionScheme").at(0);
     EXPECT_EQ(scheme.objectClass->name, "IOPartitionScheme");
-    EXPECT_EQ(scheme.children.at(0)->name, "Root [2J");
-    EXPECT_EQ(Property(*scheme.children.at(0), "Content"), R"("")");
+    EXPECT_EQ(scheme.children().at(0)->name, "Root [2J");
+    EXPECT_EQ(Property(*scheme.children().at(0), "Content"), R"("")");
 }
 
 TEST(HostRegistry, NamesThePartitionsOfAnMbrAndLeavesTheirFrameOut)
@@ -148,7 +148,7 @@ TEST(HostRegistry, NamesThePartitionsOfAnMbrAndLeavesTheirFrameOut)
     EXPECT_EQ(Property(*media[1], "Content"), R"("Windows_FAT_32")");
     EXPECT_EQ(Property(*media[1], "UUID"), "") << "it is none";
     EXPECT_EQ(Property(*media[2], "Content"), R"("0xEF")");
-    EXPECT_EQ(media[1]->parent->objectClass->name, "IOFDiskPartitionScheme");
+    EXPECT_EQ(media[1]->parent()->objectClass->name, "IOFDiskPartitionScheme");
     const iokit::Entry& device = *EntriesOf(registry, "IOBlockStorageDevice").at(0);
     EXPECT_EQ(
         Property(device, "Device Characteristics"), R"({"Vendor Name"="Heron","Product Name"="Pocket"})")
@@ -208,7 +208,7 @@ TEST(HostRegistry, TakesWhatIsLeftOfDevicesThatAreGoing)
         R"text({"Operations (Read)"=7})text");
     EXPECT_EQ(Property(*EntriesOf(registry, "IOBlockStorageDevice")[0], "Device Characteristics"),
         R"({"Serial Number"="X-9"})");
-    EXPECT_EQ(iokit::ReadHostRegistry(HostTree("/nowhere")).root().children.size(), 1U);
+    EXPECT_EQ(iokit::ReadHostRegistry(HostTree("/nowhere")).root().children().size(), 1U);
 }
 
 }

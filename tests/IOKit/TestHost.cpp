@@ -61,12 +61,10 @@ TestHost& TestHost::diskImage()
 std::vector<const iokit::Entry*> EntriesOf(const iokit::Registry& registry, const std::string& className)
 {
     std::vector<const iokit::Entry*> found;
-    const auto look = [&](const iokit::Entry& entry, bool) {
+    iokit::ForEach(registry.root(), [&](const iokit::Entry& entry) {
         if (entry.conformsTo(className))
             found.push_back(&entry);
-        return true;
-    };
-    iokit::Walk(registry.root(), look, [](const iokit::Entry&) {});
+    });
     return found;
 }
 

@@ -61,7 +61,7 @@ ListedMedia Listed(const Entry& media, const HostTree& host)
 /// What the nearest entry above, or this one, tells of the connection. @param key in its characteristics.
 std::string Protocol(const Entry& media, const char* key)
 {
-    for (const Entry* one = &media; one != nullptr; one = one->parent) {
+    for (const Entry* one = &media; one != nullptr; one = one->parent()) {
         const CFTypeRef all = one->property("Protocol Characteristics");
         if (all != nullptr && CFGetTypeID(all) == CFDictionaryGetTypeID())
             return cf::TextOf(
@@ -103,21 +103,20 @@ std::string WithoutFolder(const std::string& identifier)
 std::vector<ListedDisk> DisksOf(const iokit::Registry& registry, const HostTree& host)
 {
     std::vector<ListedDisk> disks;
-    const auto add = [&](const Entry& entry, bool) {
+    const auto add = [&](const Entry& entry) {
         if (!entry.conformsTo("IOMedia"))
-            return true;
+            return;
         if (iokit::IsTrue(entry.property("Whole"))) {
             disks.push_back(ListedWhole(entry, host));
-            return true;
+            return;
         }
         ListedMedia partition = Listed(entry, host);
         const auto disk = std::find_if(disks.begin(), disks.end(),
             [&partition](const ListedDisk& one) { return IsPartOf(partition, one); });
         if (disk != disks.end())
             disk->partitions.push_back(std::move(partition));
-        return true;
     };
-    iokit::Walk(registry.root(), add, [](const Entry&) {});
+    iokit::ForEach(registry.root(), add);
     std::sort(disks.begin(), disks.end(), [](const ListedDisk& first, const ListedDisk& second) {
         return ComesBefore(first.whole.identifier, second.whole.identifier);
     });

@@ -90,9 +90,10 @@ bool PrintTree(std::ostream& out, const iokit::Entry& top, const RegistryView& v
 {
     std::vector<std::string> ends;
     bool isComplete = true;
-    const auto enter = [&](const iokit::Entry& entry, bool) {
-        const bool descends = view.showsBelow(ends.size() + 1);
-        EntryText text = TextOf(entry, view.showsProperties(entry), descends && !entry.children.empty());
+    const auto enter = [&](const iokit::Visit& visit) {
+        const iokit::Entry& entry = visit.entry;
+        const bool descends = !visit.isAgain && view.showsBelow(ends.size() + 1);
+        EntryText text = TextOf(entry, view.showsProperties(entry), descends && !entry.children().empty());
         isComplete = isComplete && !text.start.empty();
         out << text.start;
         ends.push_back(std::move(text.end));

@@ -58,24 +58,25 @@ public:
     void print(const iokit::Entry& top)
     {
         iokit::Walk(
-            top, [this](const iokit::Entry& entry, bool isLast) { return enter(entry, isLast); },
+            top, [this](const iokit::Visit& visit) { return enter(visit); },
             [this](const iokit::Entry&) { fBars.resize(fBars.size() - 2); });
     }
 
 private:
-    bool enter(const iokit::Entry& entry, bool isLast)
+    bool enter(const iokit::Visit& visit)
     {
+        const iokit::Entry& entry = visit.entry;
         printName(entry);
-        fBars += isLast ? "  " : "| ";
-        const bool descends = fView.showsBelow(fBars.size() / 2);
+        fBars += visit.isLast ? "  " : "| ";
+        const bool descends = !visit.isAgain && fView.showsBelow(fBars.size() / 2);
         if (fView.showsProperties(entry))
-            printProperties(entry, fBars + (descends && !entry.children.empty() ? "| " : "  "));
+            printProperties(entry, fBars + (descends && !entry.children().empty() ? "| " : "  "));
         return descends;
     }
 
     void printName(const iokit::Entry& entry)
     {
-        const std::string name = FullName(entry);
+        const std::string name = entry.fullName();
         std::string line = fBars + "+-o " + name + "  <class " + ClassText(entry, fView.inheritance);
         line += ", id 0x" + Hexadecimal(entry.id);
         line += entry.service ? StateText(*entry.service) : "";

@@ -31,6 +31,3 @@ struct RegistryView {
     /// The entries that the trees begin with. Below a wanted one no other is looked for, as its tree holds it.
     std::vector<const iokit::Entry*> tops(const iokit::Registry& registry) const;
 };
-
-/// "name@location", or the name where there is no location.
-std::string FullName(const iokit::Entry& entry);

@@ -1,0 +1,3 @@
+#pragma once
+
+#define kIOBSDNameKey "BSD Name"
