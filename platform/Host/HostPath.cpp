@@ -65,6 +65,7 @@ bool HostStartupVolumeIsSystems() { return true; }
 std::string HostToolsFolder() { return {}; }
 std::string HostPath(const std::string& macPath) { return macPath; }
 void HostEnterHome() { }
+void HostFindDevicesWith(std::string (*)(const std::string& bsdName)) { }
 std::string HostRestartRequestPath() { return {}; }
 
 #else
@@ -101,6 +102,18 @@ std::string StandInTool(const std::string& macPath)
     std::string tool = HostToolsFolder() + macPath.substr(slash);
     struct stat info = {};
     return stat(tool.c_str(), &info) == 0 && S_ISREG(info.st_mode) ? tool : std::string();
+}
+
+std::string (*findDevice)(const std::string& bsdName) = nullptr;
+
+/// The host's file for a device, or "" when the path names none.
+std::string DeviceFile(const std::string& macPath)
+{
+    for (const std::string_view folder : { "/dev/r", "/dev/" }) {
+        if (findDevice != nullptr && macPath.starts_with(std::string(folder) + "disk"))
+            return findDevice(macPath.substr(folder.size()));
+    }
+    return {};
 }
 
 std::string FirstComponent(const std::string& path)
@@ -141,12 +154,17 @@ std::string HostPath(const std::string& macPath)
     std::string tool = StandInTool(macPath);
     if (!tool.empty())
         return tool;
+    std::string device = DeviceFile(macPath);
+    if (!device.empty())
+        return device;
     // The first component must be named: every folder lies in the volume's root.
     const std::string first = FirstComponent(macPath);
     if (!first.empty() && !Exists(macPath) && IsFolder(volume + '/' + first))
         return inVolume;
     return macPath;
 }
+
+void HostFindDevicesWith(std::string (*find)(const std::string& bsdName)) { findDevice = find; }
 
 std::string HostRestartRequestPath() { return HostStartupVolume() + "/private/var/db/RestartRequest.plist"; }
 

@@ -23,12 +23,18 @@ std::string HostToolsFolder();
 ///   1. a path inside the start-up volume's folder: itself;
 ///   2. a path that exists in the volume: the volume's folder followed by the path;
 ///   3. a program of /bin, /sbin, /usr/bin or /usr/sbin that HostToolsFolder() has: that tool;
-///   4. a path that exists neither there nor on the host, but whose first component is a folder of the
+///   4. "/dev/disk2s1" or "/dev/rdisk2s1": the host's file for that device, where HostFindDevicesWith() gave somebody to
+///      ask and they know it;
+///   5. a path that exists neither there nor on the host, but whose first component is a folder of the
 ///      volume: the volume's folder followed by the path, which is where it is about to be created;
-///   5. itself.
+///   6. itself.
 /// A path that may not be looked at counts as existing, so that opening it tells the true reason. Relative
 /// and empty paths are answered unchanged. Symbolic links are not resolved. On a Mac: the argument.
 std::string HostPath(const std::string& macPath);
+
+/// Names whoever knows the devices. @param find answers the host's file for a BSD name such as "disk2s1"; "" for none. On
+/// a Mac it is not asked.
+void HostFindDevicesWith(std::string (*find)(const std::string& bsdName));
 
 /// The user's home folder: CFFIXED_USER_HOME where set, absolute and not ignored (as above), else the user
 /// database's for the real user id.

@@ -6,6 +6,8 @@
 #include <IOKit/IOKitKeys.h>
 #include <IOKit/IOTypes.h>
 
+#include <cstdint>
+
 // The part of Apple's <IOKit/IOKitLib.h> that programs use to read the device registry. What answers is the current
 // registry: this host's, or a recording (see CurrentRegistry.h).
 //

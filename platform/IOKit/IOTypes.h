@@ -29,6 +29,8 @@ enum : kern_return_t {
 constexpr IOReturn kIOReturnSuccess = KERN_SUCCESS;
 constexpr IOReturn kIOReturnNoMemory = static_cast<IOReturn>(0xe00002bdU);
 constexpr IOReturn kIOReturnNoDevice = static_cast<IOReturn>(0xe00002c0U);
-constexpr IOReturn kIOReturnBadArgument = static_cast<IOReturn>(0xe00002c2U); ///< also for a reference that was released
-constexpr IOReturn kIOReturnNoSpace = static_cast<IOReturn>(0xe00002dbU); ///< the caller's buffer is too short
+constexpr IOReturn kIOReturnBadArgument
+    = static_cast<IOReturn>(0xe00002c2U); ///< also for a reference that was released
+constexpr IOReturn kIOReturnNoSpace
+    = static_cast<IOReturn>(0xe00002dbU); ///< the caller's buffer is too short
 constexpr IOReturn kIOReturnNotFound = static_cast<IOReturn>(0xe00002f0U);

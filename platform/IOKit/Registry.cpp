@@ -13,7 +13,8 @@ namespace {
 constexpr uint64_t kFirstID = 0x100000100;
 
 /// Classes of the entries that stand for what the firmware knows of, as opposed to the drivers of it.
-constexpr std::array kDescriptions { "IOPlatformExpertDevice", "IOPlatformDevice", "IOPCIDevice", "IODTNVRAM" };
+constexpr std::array kDescriptions { "IOPlatformExpertDevice", "IOPlatformDevice", "IOPCIDevice",
+    "IODTNVRAM" };
 
 /// Whether the firmware knows of it: it is of such a class, or bears the number that the firmware has for it.
 bool IsInDeviceTree(const Entry& entry)

@@ -56,7 +56,10 @@ struct Entry {
     const Links& in(Plane plane) const { return plane == Plane::Service ? services : deviceTree; }
     /// @return null at the top.
     const Entry* parent(Plane plane = Plane::Service) const;
-    const std::vector<const Entry*>& children(Plane plane = Plane::Service) const { return in(plane).children; }
+    const std::vector<const Entry*>& children(Plane plane = Plane::Service) const
+    {
+        return in(plane).children;
+    }
     /// "name@location", or the name where there is no location.
     std::string fullName() const { return location.empty() ? name : name + '@' + location; }
 
@@ -77,7 +80,8 @@ public:
 
     const Entry& root() const { return fEntries.front(); }
     Entry& root() { return fEntries.front(); }
-    size_t size() const { return fEntries.size(); }
+    /// All of them, parents before their children; the root is the first.
+    const std::deque<Entry>& entries() const { return fEntries; }
     Classes& classes() { return fClasses; }
 
     /// Adds an entry to the service plane as the last child.
@@ -103,7 +107,7 @@ private:
         cf::Owned<CFDictionaryRef> properties);
 
     Classes fClasses;
-    std::deque<Entry> fEntries; ///< never moved; the root is the first
+    std::deque<Entry> fEntries; ///< never moved
     std::unordered_map<std::string, std::string> fDeviceFiles; ///< by BSD names
 };
 
@@ -147,17 +151,6 @@ void Walk(const Entry& top, Enter enter, Leave leave, Plane plane = Plane::Servi
         const Entry& child = *place.entry->children(plane)[place.next++];
         go(child, place.next == place.end);
     }
-}
-
-/// Calls void(const Entry&) for each entry at or below one, once, parents before their children.
-template <class Call> void ForEach(const Entry& top, Call call, Plane plane = Plane::Service)
-{
-    const auto enter = [&](const Visit& visit) {
-        if (!visit.isAgain)
-            call(visit.entry);
-        return true;
-    };
-    Walk(top, enter, [](const Entry&) {}, plane);
 }
 
 }

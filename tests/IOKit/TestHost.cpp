@@ -61,10 +61,10 @@ TestHost& TestHost::diskImage()
 std::vector<const iokit::Entry*> EntriesOf(const iokit::Registry& registry, const std::string& className)
 {
     std::vector<const iokit::Entry*> found;
-    iokit::ForEach(registry.root(), [&](const iokit::Entry& entry) {
+    for (const iokit::Entry& entry : registry.entries()) {
         if (entry.conformsTo(className))
             found.push_back(&entry);
-    });
+    }
     return found;
 }
 

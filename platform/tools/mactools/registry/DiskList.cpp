@@ -103,20 +103,19 @@ std::string WithoutFolder(const std::string& identifier)
 std::vector<ListedDisk> DisksOf(const iokit::Registry& registry, const HostTree& host)
 {
     std::vector<ListedDisk> disks;
-    const auto add = [&](const Entry& entry) {
+    for (const Entry& entry : registry.entries()) {
         if (!entry.conformsTo("IOMedia"))
-            return;
+            continue;
         if (iokit::IsTrue(entry.property("Whole"))) {
             disks.push_back(ListedWhole(entry, host));
-            return;
+            continue;
         }
         ListedMedia partition = Listed(entry, host);
         const auto disk = std::find_if(disks.begin(), disks.end(),
             [&partition](const ListedDisk& one) { return IsPartOf(partition, one); });
         if (disk != disks.end())
             disk->partitions.push_back(std::move(partition));
-    };
-    iokit::ForEach(registry.root(), add);
+    }
     std::sort(disks.begin(), disks.end(), [](const ListedDisk& first, const ListedDisk& second) {
         return ComesBefore(first.whole.identifier, second.whole.identifier);
     });
