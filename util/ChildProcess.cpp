@@ -1,5 +1,7 @@
 #include "util/ChildProcess.h"
 
+#include "util/Pipe.h"
+
 #include <Host/HostPath.h>
 #include <Host/ProgramStart.h>
 #include <cerrno>
@@ -43,6 +45,26 @@ ChildEnd RunTool(const ToolCall& call)
     if (call.attend)
         call.attend();
     return WaitFor(child);
+}
+
+ChildEnd RunToolReading(const ToolCall& call, const std::function<void(int output)>& read)
+{
+    Pipe output;
+    if (!output.open())
+        return {};
+    ToolCall whole = call;
+    whole.prepare = [&] {
+        output.closeReadEnd(); // first: it may have standard output's number
+        MakeStandardOutput(output.writeEnd());
+        if (call.prepare)
+            call.prepare();
+    };
+    whole.attend = [&] {
+        output.closeWriteEnd();
+        read(output.readEnd());
+        output.closeReadEnd();
+    };
+    return RunTool(whole);
 }
 
 void MakeStandardOutput(int descriptor)

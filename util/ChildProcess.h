@@ -39,6 +39,11 @@ struct ChildEnd {
 /// Runs a tool to its end, however long that takes. A failed fork leaves everything as it is in ChildEnd.
 ChildEnd RunTool(const ToolCall& call);
 
+/// The same with a reader for what the tool writes to its standard output.
+/// @param read is called with the end of a pipe, before the wait. What it leaves unread has no reader any more, so that the
+/// tool does not wait for one. Without a pipe nothing is run.
+ChildEnd RunToolReading(const ToolCall& call, const std::function<void(int output)>& read);
+
 /// For ToolCall::prepare: what the descriptor leads to becomes the tool's standard output, also where the caller has none
 /// and the descriptor has taken its number.
 void MakeStandardOutput(int descriptor);

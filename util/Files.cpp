@@ -1,7 +1,6 @@
 #include "util/Files.h"
 
 #include "util/ChildProcess.h"
-#include "util/Pipe.h"
 #include "util/Processes.h"
 #include "util/SystemVersions.h"
 
@@ -62,18 +61,14 @@ bool RemoveFileOrDirectory(const char* path)
 
 bool CreateSymbolicLink(const char* target, const char* linkPath)
 {
-    Pipe output;
-    if (target == nullptr || linkPath == nullptr || !output.open())
+    if (target == nullptr || linkPath == nullptr)
         return false;
-    ToolCall call { "/bin/ln", { "ln", "-s", HostPath(target), HostPath(linkPath) } };
-    call.prepare = [&output] { MakeStandardOutput(output.writeEnd()); };
-    call.attend = [&output] {
-        output.closeWriteEnd();
+    const ToolCall call { "/bin/ln", { "ln", "-s", HostPath(target), HostPath(linkPath) } };
+    const auto readOnce = [](int output) {
         std::array<char, 256> unused {};
-        (void)!read(output.readEnd(), unused.data(), unused.size());
-        output.closeReadEnd(); // whoever writes more has no reader to wait for
+        (void)!read(output, unused.data(), unused.size());
     };
-    return RunTool(call).succeeded();
+    return RunToolReading(call, readOnce).succeeded();
 }
 
 int SetOwnershipAndPermissions(const char* volumePath, bool enable)

@@ -2,7 +2,6 @@
 
 #include "util/CFRef.h"
 #include "util/ChildProcess.h"
-#include "util/Pipe.h"
 
 #include <HostApplications/HostApplication.h>
 #include <algorithm>
@@ -71,22 +70,13 @@ int DisableStdIO()
 
 pid_t Get_ProcessID(const char* name)
 {
-    Pipe output;
-    if (name == nullptr || !output.open())
+    if (name == nullptr)
         return 0;
     pid_t found = 0;
     ToolCall call { "/bin/ps", { "ps", "acxww" } };
     call.endsWithoutTool = false;
-    call.prepare = [&output] {
-        output.closeReadEnd(); // first: it may have standard output's number
-        MakeStandardOutput(output.writeEnd());
-    };
-    call.attend = [&output, &found, name] {
-        output.closeWriteEnd();
-        found = SearchOutput(output.readEnd(), name);
-        output.closeReadEnd(); // ps has no reader to wait for when it writes more than was needed
-    };
-    return RunTool(call).isChild ? 0 : found;
+    const auto search = [&found, name](int output) { found = SearchOutput(output, name); };
+    return RunToolReading(call, search).isChild ? 0 : found;
 }
 
 pid_t SearchBufferFor_PID(char* buffer, size_t* leftover, const char* name)

@@ -1,15 +1,138 @@
 #include "util/Volumes.h"
 
-#include <Host/HostPath.h>
-#include <sys/mount.h>
+#include "util/CFRef.h"
+#include "util/ChildProcess.h"
+#include "util/Files.h"
+#include "util/RegistryProperties.h"
 
-bool VolumeExistsAtPathname(const char* path)
+#include <DiskArbitration/DiskArbitration.h>
+#include <array>
+#include <cstring>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using Path = std::array<char, 1024>;
+
+bool CopyPath(CFTypeRef url, char* destination, size_t size)
 {
-    if (path == nullptr)
+    const auto location = CFDynamicCast<CFURLRef>(url, CFURLGetTypeID());
+    return location != nullptr && destination != nullptr && size > 0
+        && CFURLGetFileSystemRepresentation(
+            location, true, reinterpret_cast<UInt8*>(destination), static_cast<CFIndex>(size));
+}
+
+bool CopyFileSystemText(CFTypeRef text, char* destination, size_t size)
+{
+    const auto string = CFDynamicCast<CFStringRef>(text, CFStringGetTypeID());
+    return string != nullptr && destination != nullptr && size > 0
+        && CFStringGetFileSystemRepresentation(string, destination, static_cast<CFIndex>(size));
+}
+
+/// @return a value of the description; null where there is none.
+CFTypeRef Described(const CFRef<CFDictionaryRef>& description, CFStringRef key)
+{
+    return description ? CFDictionaryGetValue(description.get(), key) : nullptr;
+}
+
+CFRef<CFDictionaryRef> DescriptionOf(const CFRef<DADiskRef>& disk)
+{
+    return CFRef<CFDictionaryRef>(disk ? DADiskCopyDescription(disk.get()) : nullptr);
+}
+
+CFRef<CFDictionaryRef> DescriptionOfDisk(const char* bsdName)
+{
+    const CFRef<DASessionRef> session(DASessionCreate(kCFAllocatorDefault));
+    const bool canAsk = session && bsdName != nullptr;
+    return DescriptionOf(CFRef<DADiskRef>(
+        canAsk ? DADiskCreateFromBSDName(kCFAllocatorDefault, session.get(), bsdName) : nullptr));
+}
+
+/// @return null where there is none, or where a medium before it has no description.
+CFRef<CFDictionaryRef> DescriptionOfVolume(const char* path)
+{
+    const CFRef<DASessionRef> session(DASessionCreate(kCFAllocatorDefault));
+    IORef all;
+    if (path == nullptr || !session
+        || IOServiceGetMatchingServices(kIOMasterPortDefault, IOServiceMatching("IOMedia"), all.receive())
+            != kIOReturnSuccess)
+        return {};
+    while (const IORef media { IOIteratorNext(all.get()) }) {
+        CFRef<CFDictionaryRef> description = DescriptionOf(
+            CFRef<DADiskRef>(DADiskCreateFromIOMedia(kCFAllocatorDefault, session.get(), media.get())));
+        if (!description)
+            return {};
+        Path own {};
+        const CFTypeRef url = Described(description, kDADiskDescriptionVolumePathKey);
+        if (CopyPath(url, own.data(), own.size()) && std::strcmp(own.data(), path) == 0)
+            return description;
+    }
+    return {};
+}
+
+CFUUIDRef CopyUUID(const CFRef<CFDictionaryRef>& description)
+{
+    const auto uuid = CFDynamicCast<CFUUIDRef>(
+        Described(description, kDADiskDescriptionVolumeUUIDKey), CFUUIDGetTypeID());
+    return CFRef<CFUUIDRef>::Retained(uuid).release();
+}
+
+/// Older systems have the tool beside the file system's resources, newer ones within.
+const char* HFSUtility()
+{
+    constexpr const char* older = "/System/Library/Filesystems/hfs.fs/hfs.util";
+    return FileOrDirectoryExists(older, nullptr, nullptr)
+        ? older
+        : "/System/Library/Filesystems/hfs.fs/Contents/Resources/hfs.util";
+}
+
+}
+
+bool VolumeExistsAtPathname(const char* path) { return static_cast<bool>(DescriptionOfVolume(path)); }
+
+bool GetVolumeBSD_NameWithPathname(const char* path, char* destination, size_t size)
+{
+    const CFRef<CFDictionaryRef> description = DescriptionOfVolume(path);
+    return CopyFileSystemText(Described(description, kDADiskDescriptionMediaBSDNameKey), destination, size);
+}
+
+bool ExtractVolumeNameFromPathname(const char* path, char* destination, size_t size)
+{
+    const CFRef<CFDictionaryRef> description = DescriptionOfVolume(path);
+    return CopyFileSystemText(Described(description, kDADiskDescriptionVolumeNameKey), destination, size);
+}
+
+bool GetVolumePathnameWithBSDName(const char* bsdName, char* destination, size_t size)
+{
+    const CFRef<CFDictionaryRef> description = DescriptionOfDisk(bsdName);
+    return CopyPath(Described(description, kDADiskDescriptionVolumePathKey), destination, size);
+}
+
+CFUUIDRef CreateVolumeCFUUID_WithBSD_Name(const char* bsdName)
+{
+    return CopyUUID(DescriptionOfDisk(bsdName));
+}
+
+CFUUIDRef CreateVolumeCFUUID(const char* volumePath)
+{
+    std::array<char, 16> bsdName {};
+    return GetVolumeBSD_NameWithPathname(volumePath, bsdName.data(), bsdName.size())
+        ? CreateVolumeCFUUID_WithBSD_Name(bsdName.data())
+        : nullptr;
+}
+
+bool GetNewUUID_ForVolume(const char* bsdName)
+{
+    constexpr int changed = 253; // the tool's status for that
+    if (bsdName == nullptr)
         return false;
-    // The start-up volume is mounted on "/", wherever this host keeps it.
-    const std::string hostPath = HostPath(path);
-    struct statfs info = {};
-    return hostPath == HostPath("/")
-        || (statfs(hostPath.c_str(), &info) == 0 && hostPath == info.f_mntonname);
+    ToolCall call { HFSUtility(), { "hfs.util", "-s", bsdName } };
+    call.prepare = [] { (void)!setuid(0); }; // the tool itself refuses whoever has no right
+    const auto readAll = [](int output) {
+        std::array<char, 512> unused {};
+        while (read(output, unused.data(), unused.size()) > 0) { }
+    };
+    const ChildEnd end = RunToolReading(call, readAll);
+    return end.isKnown() && WIFEXITED(end.status) && WEXITSTATUS(end.status) == changed;
 }
