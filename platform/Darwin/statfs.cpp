@@ -2,10 +2,12 @@
 
 #undef statfs // the host's is meant here
 
-#include <cerrno>
+#include <Host/HostMounts.h>
+#include <Host/HostTree.h>
+
+#include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <mntent.h>
 #include <string>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -13,15 +15,16 @@
 namespace {
 
 /// Fills with zeros what the name leaves.
-template <size_t Size> void CopyName(char (&destination)[Size], const char* name)
+template <size_t Size> void CopyName(char (&destination)[Size], const std::string& name)
 {
-    std::strncpy(destination, name, Size - 1);
+    std::strncpy(destination, name.c_str(), Size - 1);
 }
 
-bool IsOnDevice(const char* folder, dev_t device)
+/// Asked of the folder, since some file systems' files have other devices than their mounts.
+bool IsOnDevice(const std::string& folder, dev_t device)
 {
     struct stat info = {};
-    return stat(folder, &info) == 0 && info.st_dev == device;
+    return stat(folder.c_str(), &info) == 0 && info.st_dev == device;
 }
 
 /// Whether a path lies in the folder or is the folder. Both are absolute and without links.
@@ -35,20 +38,19 @@ bool IsWithin(const std::string& path, const std::string& folder)
 void AddMount(const char* path, struct mac_statfs& record)
 {
     const std::unique_ptr<char, decltype(&free)> real(realpath(path, nullptr), free);
-    const std::unique_ptr<FILE, int (*)(FILE*)> table(setmntent("/proc/self/mounts", "r"), endmntent);
     struct stat info = {};
-    if (!real || !table || stat(path, &info) != 0)
+    if (!real || stat(path, &info) != 0)
         return;
     size_t longest = 0;
-    while (const mntent* const mount = getmntent(table.get())) {
-        const size_t length = std::strlen(mount->mnt_dir);
-        if (length < longest || length >= sizeof record.f_mntonname || !IsWithin(real.get(), mount->mnt_dir)
-            || !IsOnDevice(mount->mnt_dir, info.st_dev))
+    for (const HostMount& mount : HostMountsIn(HostTree().bytes(kHostMountTable, kLongestMountTable))) {
+        const size_t length = mount.folder.size();
+        if (length < longest || length >= sizeof record.f_mntonname || !IsWithin(real.get(), mount.folder)
+            || !IsOnDevice(mount.folder, info.st_dev))
             continue;
         longest = length;
-        CopyName(record.f_fstypename, mount->mnt_type);
-        CopyName(record.f_mntonname, mount->mnt_dir);
-        CopyName(record.f_mntfromname, mount->mnt_fsname);
+        CopyName(record.f_fstypename, mount.type);
+        CopyName(record.f_mntonname, mount.folder);
+        CopyName(record.f_mntfromname, mount.source);
     }
 }
 

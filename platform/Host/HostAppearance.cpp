@@ -14,7 +14,7 @@ HostColorScheme HostAppearance::colorScheme() const { return HostColorScheme::un
 
 #else
 
-#include "UserBus.h"
+#include "MessageBus.h"
 
 #include <cstdint>
 #include <cstdlib>

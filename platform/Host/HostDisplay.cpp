@@ -7,6 +7,7 @@ void HostPrepareForWindows() { }
 
 #else
 
+#include "MessageBus.h"
 #include "UserBus.h"
 
 #include <algorithm>

@@ -1,56 +1,27 @@
 #pragma once
 
-#include <array>
-#include <csignal>
+#include "tests/support/MessageBus.h"
+
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <systemd/sd-bus.h>
-#include <unistd.h>
 #include <utility>
 
-/// A session bus of its own in `folder`, named by the environment. It starts no services.
+/// A session bus of its own in `folder`, named by the environment.
 class SessionBus {
 public:
     explicit SessionBus(const std::string& folder)
+        : fBus(folder + "/bus")
     {
-        const std::string address = "unix:path=" + folder + "/bus";
-        const std::string configuration = folder + "/bus.conf";
-        std::ofstream(configuration) << "<busconfig><type>session</type><listen>" + address
-                + "</listen><policy context='default'><allow send_destination='*' eavesdrop='true'/>"
-                  "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>";
-        std::array<int, 2> ready {};
-        EXPECT_EQ(pipe(ready.data()), 0);
-        fDaemon = fork();
-        if (fDaemon == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGTERM); // also when the test program is ended from outside
-            const std::string config = "--config-file=" + configuration;
-            const std::string print = "--print-address=" + std::to_string(ready[1]);
-            execlp("dbus-daemon", "dbus-daemon", config.c_str(), print.c_str(), "--nofork", nullptr);
-            _exit(127);
-        }
-        close(ready[1]);
-        char first = 0;
-        EXPECT_EQ(read(ready[0], &first, 1), 1) << "the bus did not start";
-        close(ready[0]);
-        setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
-    }
-    SessionBus(const SessionBus&) = delete;
-    SessionBus& operator=(const SessionBus&) = delete;
-    ~SessionBus()
-    {
-        if (fDaemon > 0 && kill(fDaemon, SIGTERM) == 0)
-            waitpid(fDaemon, nullptr, 0);
+        setenv("DBUS_SESSION_BUS_ADDRESS", fBus.address().c_str(), 1);
     }
 
 private:
-    pid_t fDaemon = -1;
+    MessageBus fBus;
 };
 
 /// Appends what stands where a setting's value belongs. @return as sd_bus_message_append().

@@ -28,7 +28,9 @@ HostFolder& HostFolder::disk(
 
 HostFolder& HostFolder::partition(unsigned number, const Texts& attributes, const Texts& udev)
 {
-    const std::string folder = fDisk + "/part" + std::to_string(number);
+    const std::string name = fs::path(fDisk).filename();
+    const bool endsInDigit = name.find_last_of("0123456789") == name.size() - 1;
+    const std::string folder = fDisk + '/' + name + (endsInDigit ? "p" : "") + std::to_string(number);
     add(folder, { { "/partition", std::to_string(number) } });
     describe(folder, attributes, udev);
     return *this;

@@ -4,7 +4,6 @@
 #include "util/StandardFolders.h"
 #include "util/SystemVersions.h"
 #include "util/VolumeSpace.h"
-#include "util/Volumes.h"
 
 #include <array>
 #include <csignal>
@@ -277,9 +276,4 @@ TEST_F(FileTest, VolumesTellTheirSpace)
     EXPECT_NEAR(static_cast<double>(available), static_cast<double>(host.f_frsize * host.f_bavail), others);
     EXPECT_FALSE(GetVolumeTotalAndFreeBytes("/private/none", &total, &free, &available));
     EXPECT_TRUE(total == 0 && free == 0 && available == 0);
-
-    EXPECT_TRUE(VolumeExistsAtPathname("/") && VolumeExistsAtPathname("/proc"));
-    EXPECT_EQ(ResizeVolume("/proc", 1), noErr) << "whatever came of it";
-    EXPECT_EQ(ResizeVolume("/private/tmp", 1), nsvErr);
-    EXPECT_EQ(ResizeVolume(nullptr, 1), nsvErr);
 }

@@ -1,5 +1,6 @@
 #include "UserManager.h"
 
+#include <Host/MessageBus.h>
 #include <Host/UserBus.h>
 
 #include <poll.h>

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <CoreFoundation/CFDictionary.h>
+#include <CoreFoundation/CFURL.h>
+#include <DiskArbitration/DASession.h>
+#include <IOKit/IOTypes.h>
+
+// The part of Apple's <DiskArbitration/DADisk.h> that describes disks. A disk stands for a medium of the device registry,
+// whole or a partition, and for the volume on it; it holds both, and its session, as long as it lives.
+//
+// Functions that create answer null for null, for what there is not, and for objects that are no media or have no BSD name.
+// All functions answer null or 0 for a null disk, and may be called from any thread.
+
+CF_EXTERN_C_BEGIN
+
+using DADiskRef = struct __DADisk*;
+
+// Keys of descriptions. Each may be missing: where it does not apply, or nobody could tell.
+
+CF_EXPORT const CFStringRef kDADiskDescriptionVolumeKindKey; ///< string: the file system, as "msdos"
+CF_EXPORT const CFStringRef kDADiskDescriptionVolumeMountableKey; ///< boolean
+CF_EXPORT const CFStringRef kDADiskDescriptionVolumeNameKey; ///< string
+CF_EXPORT const CFStringRef kDADiskDescriptionVolumeNetworkKey; ///< boolean
+CF_EXPORT const CFStringRef kDADiskDescriptionVolumePathKey; ///< URL of the folder in which it is mounted
+CF_EXPORT const CFStringRef kDADiskDescriptionVolumeUUIDKey; ///< UUID; shorter numbers, as FAT's, are none
+
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaBlockSizeKey; ///< number, in bytes
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaBSDMajorKey; ///< number, here and in the next two
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaBSDMinorKey;
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaBSDUnitKey;
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaBSDNameKey; ///< string: "disk0s1"
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaContentKey; ///< string: the partition's type
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaEjectableKey; ///< boolean
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaKindKey; ///< string: the class of the registry's object
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaLeafKey; ///< boolean: it has no partitions
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaNameKey; ///< string
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaPathKey; ///< string: its path in the registry
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaRemovableKey; ///< boolean
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaSizeKey; ///< number, in bytes
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaUUIDKey; ///< UUID
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaWholeKey; ///< boolean: it is no partition
+CF_EXPORT const CFStringRef kDADiskDescriptionMediaWritableKey; ///< boolean
+
+CF_EXPORT const CFStringRef kDADiskDescriptionDeviceInternalKey; ///< boolean
+CF_EXPORT const CFStringRef kDADiskDescriptionDeviceModelKey; ///< string, here and in all that follow but one
+CF_EXPORT const CFStringRef kDADiskDescriptionDevicePathKey; ///< its path in the registry
+CF_EXPORT const CFStringRef kDADiskDescriptionDeviceProtocolKey; ///< how it is connected: "USB"
+CF_EXPORT const CFStringRef kDADiskDescriptionDeviceRevisionKey;
+CF_EXPORT const CFStringRef kDADiskDescriptionDeviceUnitKey; ///< number
+CF_EXPORT const CFStringRef kDADiskDescriptionDeviceVendorKey;
+
+CF_EXPORT const CFStringRef kDADiskDescriptionBusNameKey;
+CF_EXPORT const CFStringRef kDADiskDescriptionBusPathKey; ///< its path in the registry's device tree
+
+CF_EXPORT CFTypeID DADiskGetTypeID();
+
+// All to be released by the caller.
+
+/// @param name "disk0s1", "/dev/disk0s1" or "/dev/rdisk0s1".
+CF_EXPORT DADiskRef DADiskCreateFromBSDName(
+    CFAllocatorRef allocator, DASessionRef session, const char* name) CF_RETURNS_RETAINED;
+/// @param media stays the caller's.
+CF_EXPORT DADiskRef DADiskCreateFromIOMedia(
+    CFAllocatorRef allocator, DASessionRef session, io_service_t media) CF_RETURNS_RETAINED;
+/// @param path of the very folder in which the volume is mounted; none below it.
+CF_EXPORT DADiskRef DADiskCreateFromVolumePath(
+    CFAllocatorRef allocator, DASessionRef session, CFURLRef path) CF_RETURNS_RETAINED;
+
+/// @return good as long as the disk.
+CF_EXPORT const char* DADiskGetBSDName(DADiskRef disk);
+/// @return what is known: of the mount at this moment, of the volume since the registry was last read, of the medium since the
+/// disk was made; to be released by the caller.
+CF_EXPORT CFDictionaryRef DADiskCopyDescription(DADiskRef disk) CF_RETURNS_RETAINED;
+/// @return the medium, to be released by the caller with IOObjectRelease.
+CF_EXPORT io_service_t DADiskCopyIOMedia(DADiskRef disk);
+/// @return the disk of which this one is a part, itself where it is whole; to be released by the caller. Null where the
+/// registry has none.
+CF_EXPORT DADiskRef DADiskCopyWholeDisk(DADiskRef disk) CF_RETURNS_RETAINED;
+
+CF_EXTERN_C_END

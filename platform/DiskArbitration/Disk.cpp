@@ -1,0 +1,137 @@
+#include <DiskArbitration/Disk.h>
+
+#include <DiskArbitration/Description.h>
+#include <Host/HostPath.h>
+#include <IOKit/CurrentRegistry.h>
+#include <IOKit/Properties.h>
+
+#include <array>
+#include <climits>
+#include <functional>
+#include <string_view>
+
+using iokit::Entry;
+using iokit::Held;
+
+namespace {
+
+constexpr std::string_view kAPFSVolume = "41504653-0000-11AA-AA11-00306543ECAC";
+
+/// @return the BSD name of a medium; "" of anything else.
+std::string BSDName(const Entry& entry)
+{
+    return entry.conformsTo("IOMedia") ? cf::TextOf(entry.property("BSD Name")) : "";
+}
+
+/// @param session, of all of these, may be null or something else. @param media may be none.
+cf::Owned<DADiskRef> MakeDisk(DASessionRef session, Held media)
+{
+    std::string name = media ? BSDName(*media.entry) : "";
+    if (name.empty() || cf::As<__DASession>(session) == nullptr)
+        return nullptr;
+    return cf::Owned<DADiskRef>(new __DADisk(session, std::move(media), std::move(name)));
+}
+
+/// @return a disk for the first medium of the registry that fits; null where none does.
+cf::Owned<DADiskRef> MakeDiskThat(DASessionRef session, const std::function<bool(const __DADisk&)>& fits)
+{
+    const auto registry = iokit::CurrentRegistry();
+    for (const Entry& entry : registry->entries()) {
+        cf::Owned<DADiskRef> disk = MakeDisk(session, { registry, &entry });
+        if (disk && fits(*disk))
+            return disk;
+    }
+    return nullptr;
+}
+
+std::string_view WithoutFolder(std::string_view name)
+{
+    for (const std::string_view folder : { "/dev/r", "/dev/" }) {
+        if (name.starts_with(folder))
+            return name.substr(folder.size());
+    }
+    return name;
+}
+
+}
+
+CFTypeID __DADisk::typeID()
+{
+    static const CFTypeID id = cf::RegisterType("DADisk");
+    return id;
+}
+
+std::optional<da::Volume> da::VolumeOf(const __DADisk& disk)
+{
+    if (cf::TextOf(disk.media->property("Content")) == kAPFSVolume)
+        return Volume { "apfs", disk.media->name, cf::TextOf(disk.media->property("UUID")), "" };
+    const std::string file = disk.media.registry->deviceFile(disk.bsdName);
+    return file.empty() ? std::nullopt : std::optional(disk.session->volumes->find(disk.media, file));
+}
+
+std::string da::MacPath(const std::string& folder)
+{
+    const std::string volume = HostStartupVolume();
+    if (folder == volume)
+        return "/";
+    return volume != "/" && folder.starts_with(volume + '/') ? folder.substr(volume.size()) : folder;
+}
+
+CFTypeID DADiskGetTypeID() { return __DADisk::typeID(); }
+
+DADiskRef DADiskCreateFromBSDName(CFAllocatorRef /*allocator*/, DASessionRef session, const char* name)
+{
+    if (name == nullptr)
+        return nullptr;
+    const std::string_view wanted = WithoutFolder(name);
+    return MakeDiskThat(session, [wanted](const __DADisk& disk) { return disk.bsdName == wanted; }).release();
+}
+
+DADiskRef DADiskCreateFromIOMedia(CFAllocatorRef /*allocator*/, DASessionRef session, io_service_t media)
+{
+    return MakeDisk(session, iokit::References::shared().entry(media)).release();
+}
+
+DADiskRef DADiskCreateFromVolumePath(CFAllocatorRef /*allocator*/, DASessionRef session, CFURLRef path)
+{
+    std::array<char, PATH_MAX> wanted {};
+    if (path == nullptr || CFGetTypeID(path) != CFURLGetTypeID()
+        || !CFURLGetFileSystemRepresentation(
+            path, true, reinterpret_cast<UInt8*>(wanted.data()), static_cast<CFIndex>(wanted.size())))
+        return nullptr;
+    return MakeDiskThat(session, [&wanted](const __DADisk& disk) {
+        const auto volume = da::VolumeOf(disk);
+        return volume && !volume->folder.empty() && da::MacPath(volume->folder) == wanted.data();
+    }).release();
+}
+
+const char* DADiskGetBSDName(DADiskRef disk)
+{
+    const auto* const known = cf::As<__DADisk>(disk);
+    return known != nullptr ? known->bsdName.c_str() : nullptr;
+}
+
+CFDictionaryRef DADiskCopyDescription(DADiskRef disk)
+{
+    const auto* const known = cf::As<__DADisk>(disk);
+    return known != nullptr ? da::CreateDescription(*known) : nullptr;
+}
+
+io_service_t DADiskCopyIOMedia(DADiskRef disk)
+{
+    const auto* const known = cf::As<__DADisk>(disk);
+    return known != nullptr ? iokit::References::shared().hold(known->media) : IO_OBJECT_NULL;
+}
+
+DADiskRef DADiskCopyWholeDisk(DADiskRef disk)
+{
+    const auto* const known = cf::As<__DADisk>(disk);
+    const Entry* one = known != nullptr ? known->media.entry : nullptr;
+    while (one != nullptr && (BSDName(*one).empty() || !iokit::IsTrue(one->property("Whole"))))
+        one = one->parent();
+    if (one == nullptr)
+        return nullptr;
+    return one == known->media.entry
+        ? cf::Retained(disk)
+        : MakeDisk(known->session.get(), { known->media.registry, one }).release();
+}

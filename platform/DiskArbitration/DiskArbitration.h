@@ -1,0 +1,4 @@
+#pragma once
+
+#include <DiskArbitration/DADisk.h>
+#include <DiskArbitration/DASession.h>
