@@ -130,7 +130,7 @@ TEST_F(DiskServiceTest, IsAskedOnceAndTellsMoreThanUdev)
 TEST_F(DiskServiceTest, IsDoneWithoutWhereItIsNotThereOrSilent)
 {
     expectUdevs(); // no bus
-    session.reset(DASessionCreate(nullptr));
+    startAnew();
     {
         const std::string mark = host.root() + "/started";
         host.add("run/dbus/system_bus_socket.services/",
@@ -139,14 +139,13 @@ TEST_F(DiskServiceTest, IsDoneWithoutWhereItIsNotThereOrSilent)
         const MessageBus bus(socket);
         expectUdevs(); // nobody on it
         EXPECT_FALSE(std::filesystem::exists(mark)) << "the service was started";
-        session.reset(DASessionCreate(nullptr));
+        startAnew();
         const DiskService service(bus.address(), nullptr);
         expectUdevs();
-        usePartitions();
         expectUdevs();
-        EXPECT_EQ(service.calls(), 1) << "is waited for once in a session";
+        EXPECT_EQ(service.calls(), 1) << "is waited for once";
     }
-    session.reset(DASessionCreate(nullptr));
+    startAnew();
     sockaddr_un silent { AF_UNIX, {} };
     unlink(socket.c_str());
     socket.copy(static_cast<char*>(silent.sun_path), sizeof silent.sun_path - 1);
@@ -165,7 +164,7 @@ TEST_F(DiskServiceTest, MaySayAnything)
         expectUdevs();
         EXPECT_EQ(service.calls(), 1);
     }
-    session.reset(DASessionCreate(nullptr));
+    startAnew();
     {
         const DiskService service(bus.address(), [](sd_bus_message* message) {
             return sd_bus_message_append(message, "a{oa{sa{sv}}}", 1, "/x", 1,
@@ -175,7 +174,7 @@ TEST_F(DiskServiceTest, MaySayAnything)
         EXPECT_EQ(name("disk0s1"), "UDEV ONE");
         EXPECT_EQ(kind("disk0s1"), "xfs") << "what is as it should be counts";
     }
-    session.reset(DASessionCreate(nullptr));
+    startAnew();
     const DiskService service(bus.address(), [](sd_bus_message* message) {
         int done = sd_bus_message_open_container(message, 'a', "{oa{sa{sv}}}");
         for (unsigned i = 1; i <= 10000 && done >= 0; ++i)

@@ -1,21 +1,19 @@
 #pragma once
 
 #include "tests/support/HostFolder.h"
+#include "tests/support/RegistryTest.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <DiskArbitration/DiskArbitration.h>
 #include <DiskArbitration/Session.h>
-#include <IOKit/CurrentRegistry.h>
 #include <IOKit/Properties.h>
 
 #include <gtest/gtest.h>
 #include <string>
 
 /// A hand-made host, from which the registry of the test has its disks.
-class Disks : public testing::Test {
+class Disks : public RegistryTest {
 protected:
-    ~Disks() override { iokit::UseSource(std::make_unique<iokit::HostSource>()); }
-
     /// Adds a medium with its numbers. @param file of the host's; "" where it is in a recording.
     static iokit::Entry& addMedia(iokit::Registry& registry, iokit::Entry& parent, const std::string& bsdName,
         unsigned major, unsigned minor, const std::string& file)
@@ -36,10 +34,6 @@ protected:
         addMedia(registry, whole, "disk0s1", 8, 1, "/dev/sda1");
         addMedia(registry, whole, "disk0s2", 8, 2, "/dev/sda2");
         use(std::move(registry));
-    }
-    static void use(iokit::Registry registry)
-    {
-        iokit::UseSource(std::make_unique<iokit::FixedSource>(std::move(registry)));
     }
 
     cf::Owned<DADiskRef> disk(const char* name)
@@ -62,6 +56,13 @@ protected:
         return cf::TextOf(cf::Owned<CFStringRef>(CFCopyDescription(value)).get());
     }
     void mount(const std::string& lines) { host.add("proc/self/", { { "mountinfo", lines } }); }
+
+    /// Forgets what the host told.
+    void startAnew()
+    {
+        da::UseHost(host.tree());
+        session.reset(DASessionCreate(nullptr));
+    }
 
     HostFolder host;
     cf::Owned<DASessionRef> session { (da::UseHost(host.tree()), DASessionCreate(nullptr)) };

@@ -61,7 +61,7 @@ TEST_F(FileTest, WholeTreesAreCopiedMovedAndRemoved)
     EXPECT_TRUE(FileOrDirectoryExists("/private/tmp/touched", nullptr, nullptr));
     EXPECT_EQ(inChild([] {
         (void)signal(SIGCHLD, SIG_IGN); // nobody hears how a child ended
-        return TouchFileOrDirectory("/private/tmp/touched") && ResizeVolume("/proc", 1) == noErr ? 1 : 0;
+        return TouchFileOrDirectory("/private/tmp/touched") ? 1 : 0;
     }),
         1);
     EXPECT_TRUE(RemoveFileOrDirectory("/private/tmp/tree"));
