@@ -1,13 +1,13 @@
 # What ./run, ./test and .ci/run have in common; to be sourced in the project's folder.
 
 # The Debian packages that building, running and testing need.
-packages=(cmake ninja-build g++ pkg-config libplist-dev libicu-dev nettle-dev libsystemd-dev libsdbus-c++-dev
+packages=(cmake ninja-build g++ pkg-config libplist-dev libexpat1-dev libicu-dev libblkid-dev nettle-dev libsystemd-dev libsdbus-c++-dev
     qt6-base-dev qt6-tools-dev libqt6opengl6-dev libgl1-mesa-dev qt6-image-formats-plugins fonts-dejavu-core librsvg2-bin)
 package_packages=(dpkg-dev file)
 package_check_packages=(lintian desktop-file-utils appstream man-db)
 service_packages=(dbus dbus-user-session systemd polkitd pkexec python3-dbusmock ansible-core python3-apt)
 picture_packages=(fonts-wqy-microhei)
-test_packages=(clang clang-format clang-tidy libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev
+test_packages=(clang clang-format clang-tidy libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev fdisk parted
     nlohmann-json3-dev procps strace python3 dbus-daemon xvfb openbox xdotool "${picture_packages[@]}"
     "${package_packages[@]}" "${service_packages[@]}")
 

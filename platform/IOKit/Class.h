@@ -22,7 +22,13 @@ public:
     /// have, counts as derived straight from IOService, which every driver is.
     const Class& named(const std::string& name);
 
+    /// Takes over what a registry tells of a class: its name and, behind colons, the names of those that it derives from.
+    /// @param origin what the last of them derives from where that is neither told nor known.
+    const Class& learn(std::string_view lineage, const char* origin);
+
 private:
+    const Class& add(const std::string& name, const char* origin);
+
     std::unordered_map<std::string, Class> fClasses;
 };
 

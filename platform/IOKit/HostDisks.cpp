@@ -1,110 +1,164 @@
 #include <IOKit/HostDisks.h>
 
-#include <IOKit/HostDrives.h>
+#include <IOKit/HostDevices.h>
 #include <IOKit/HostMedia.h>
+#include <IOKit/HostStatistics.h>
+#include <IOKit/HostStorageDevices.h>
 #include <IOKit/Properties.h>
 
 #include <algorithm>
 #include <array>
+#include <map>
+#include <vector>
 
 namespace iokit {
 
 namespace {
 
-struct OpticalDrive {
-    const char* property; ///< of udev's, for what the drive can read
+struct OpticalDriver {
     const char* deviceClass;
-    const char* driverClass;
+    const char* className;
 };
 
-constexpr std::array kOpticalDrives {
-    OpticalDrive { "ID_CDROM_BD", "IOBDServices", "IOBDBlockStorageDriver" },
-    OpticalDrive { "ID_CDROM_DVD", "IODVDServices", "IODVDBlockStorageDriver" },
-    OpticalDrive { "", "IOCompactDiscServices", "IOCDBlockStorageDriver" },
+constexpr std::array kDrivers {
+    OpticalDriver { "IOBDBlockStorageDevice", "IOBDBlockStorageDriver" },
+    OpticalDriver { "IODVDBlockStorageDevice", "IODVDBlockStorageDriver" },
+    OpticalDriver { "IOCDBlockStorageDevice", "IOCDBlockStorageDriver" },
+    OpticalDriver { "", "IOBlockStorageDriver" },
 };
 
-/// @return null for other drives.
-const OpticalDrive* OpticalDriveOf(const Drive& drive)
+const char* DriverOf(const Entry& device)
 {
-    const auto* const kind
-        = std::find_if(kOpticalDrives.begin(), kOpticalDrives.end(), [&drive](const OpticalDrive& one) {
-              return *one.property == '\0' || drive.device.udev(one.property) == "1";
-          });
-    return drive.isOptical() ? kind : nullptr;
+    return std::find_if(kDrivers.begin(), kDrivers.end(), [&device](const OpticalDriver& one) {
+        return *one.deviceClass == '\0' || device.conformsTo(one.deviceClass);
+    })->className;
 }
 
-Properties DeviceCharacteristics(const Drive& drive)
+constexpr auto kUncounted = static_cast<uint64_t>(-1);
+
+struct Disk {
+    Drive drive;
+    uint64_t unit; ///< the number of its BSD name, if it has a medium
+};
+
+/// The kernel gives every disk, and every medium put into a drive, a number that nothing else gets until the computer starts
+/// again. With that, a BSD name means the same disk to all programs for as long as it lives.
+std::vector<Disk> Numbered(std::vector<Drive> drives)
 {
-    Properties properties;
-    properties.text("Vendor Name", drive.vendor())
-        .text("Product Name", drive.product())
-        .text("Product Revision Level", drive.revision())
-        .text("Serial Number", drive.serialNumber())
-        .text("Medium Type", drive.mediumType())
-        .number("Logical Block Size", drive.device.number("queue/logical_block_size"))
-        .number("Physical Block Size", drive.device.number("queue/physical_block_size"));
-    return properties;
+    std::vector<Disk> disks;
+    for (Drive& drive : drives) {
+        const uint64_t number = drive.device.number("diskseq").value_or(0);
+        disks.push_back({ std::move(drive), number - 1 });
+    }
+    const auto isUncounted = [](const Disk& disk) { return disk.unit == kUncounted; };
+    if (!std::all_of(disks.begin(), disks.end(), isUncounted)) {
+        std::erase_if(disks, isUncounted); // is just going: names of the others must not depend on it
+        return disks;
+    }
+    uint64_t next = 0;
+    for (Disk& disk : disks)
+        disk.unit = disk.drive.hasMedium() ? next++ : kUncounted;
+    return disks;
 }
 
-Properties ProtocolCharacteristics(const Drive& drive)
-{
-    Properties properties;
-    properties.text("Physical Interconnect", drive.bus->interconnect)
-        .text("Physical Interconnect Location", drive.bus->location);
-    if (drive.isImage())
-        properties.textData("Virtual Interface Location Path", drive.device.text("loop/backing_file"));
-    return properties;
+class Builder {
+public:
+    Builder(Registry& registry, Entry& computer, const HostTree& host)
+        : fRegistry(registry)
+        , fComputer(computer)
+        , fDevices(registry, computer, host)
+    {
+    }
+
+    void add(const Disk& disk)
+    {
+        const Drive& drive = disk.drive;
+        const std::vector<Entry*> above = fDevices.above(drive);
+        const DriveFacts facts = FactsOf(drive, *above.front());
+        Entry& device = AddStorageDevice(fRegistry, *above.front(), drive, facts);
+        for (size_t i = 1; i < above.size(); ++i)
+            fRegistry.link(*above[i], device);
+        const char* const className = DriverOf(device);
+        Entry& driver = fRegistry.add(device, className, className, "", nullptr);
+        KeepStatistics(driver, drive.device);
+        if (!drive.hasMedium())
+            return;
+        const bool isRemovable = drive.isImage() || drive.isRemovable();
+        const bool isEjectable = isRemovable || facts.location == "External";
+        AddMedia(fRegistry, driver, drive.device,
+            { facts.mediaName(), disk.unit, facts.blockSize, isRemovable, isEjectable }, fMedia);
+    }
+
+    bool hasPartsOf(const Disk& disk) const
+    {
+        const std::vector<std::string>& parts = disk.drive.parts;
+        return std::all_of(parts.begin(), parts.end(),
+            [this](const std::string& name) { return fMedia.find(name) != fMedia.end(); });
+    }
+
+    /// It lies below all the media that it is put together from, as a Mac's logical volumes lie below their partitions; what
+    /// is asked of it and only its disk knows is so found there.
+    void addComposed(const Disk& disk)
+    {
+        std::vector<Entry*> parts;
+        for (const std::string& name : disk.drive.parts) {
+            if (const auto part = fMedia.find(name); part != fMedia.end())
+                parts.push_back(part->second);
+        }
+        Entry& first = parts.empty() ? fComputer : *parts.front();
+        Entry& driver = fRegistry.add(first, "IOStorage", kindOf(disk.drive), "", nullptr);
+        for (size_t i = 1; i < parts.size(); ++i)
+            fRegistry.link(*parts[i], driver);
+        KeepStatistics(driver, disk.drive.device);
+        AddMedia(fRegistry, driver, disk.drive.device,
+            { nameOf(disk.drive), disk.unit, disk.drive.device.number("queue/logical_block_size"),
+                disk.drive.isRemovable(), IsTrue(first.property("Ejectable")) },
+            fMedia);
+    }
+
+private:
+    static std::string kindOf(const Drive& drive)
+    {
+        return drive.name().starts_with("dm-") ? "Device Mapper"
+            : drive.name().starts_with("md")   ? "Software RAID"
+                                               : "Composed Disk";
+    }
+
+    static std::string nameOf(const Drive& drive)
+    {
+        for (const std::string& name : { drive.device.text("dm/name"), drive.device.udev("MD_DEVNAME") }) {
+            if (!name.empty())
+                return name;
+        }
+        return drive.name();
+    }
+
+    Registry& fRegistry;
+    Entry& fComputer;
+    HostDevices fDevices;
+    MediaByName fMedia;
+};
+
 }
 
-Entry& AddDevice(Registry& registry, Entry& parent, const Drive& drive, const std::string& className)
+void AddHostDisks(Registry& registry, Entry& computer, const HostTree& host)
 {
-    Properties features;
-    if (drive.device.number("queue/discard_max_bytes").value_or(0) > 0)
-        features.flag("Unmap", true);
-    Properties properties;
-    properties.text("device-type", "Generic")
-        .dictionary("IOStorageFeatures", features)
-        .dictionary("Device Characteristics", DeviceCharacteristics(drive))
-        .dictionary("Protocol Characteristics", ProtocolCharacteristics(drive));
-    return registry.add(parent, className, className, drive.device.text("nsid"), properties.take());
-}
-
-std::string MediaName(const Drive& drive)
-{
-    std::string name;
-    for (const std::string& part : { drive.vendor(), drive.product() })
-        name += part.empty() ? "" : part + ' ';
-    return name + "Media";
-}
-
-/// A drive without a medium tells a size all the same, that of an empty disc.
-bool HasMedium(const Drive& drive)
-{
-    const bool isEmpty = drive.isOptical() && drive.device.udev("ID_CDROM_MEDIA") != "1";
-    return !isEmpty && drive.device.number("size").value_or(0) > 0;
-}
-
-void AddDrive(Registry& registry, Entry& parent, const Drive& drive, unsigned& unit)
-{
-    const OpticalDrive* const optical = OpticalDriveOf(drive);
-    const std::string deviceClass(optical != nullptr ? optical->deviceClass : drive.bus->deviceClass);
-    const std::string driverClass = optical != nullptr ? optical->driverClass : "IOBlockStorageDriver";
-    Entry& driver = registry.add(AddDevice(registry, parent, drive, deviceClass), driverClass, driverClass,
-        "", DriverProperties(drive.device));
-    if (!HasMedium(drive))
-        return;
-    const bool isRemovable = drive.isImage() || drive.isRemovable();
-    const bool isEjectable = isRemovable || drive.bus->location == "External";
-    AddMedia(registry, driver, drive.device, { MediaName(drive), unit++, isRemovable, isEjectable });
-}
-
-}
-
-void AddHostDisks(Registry& registry, Entry& parent, const HostTree& host)
-{
-    unsigned unit = 0;
-    for (const Drive& drive : HostDrives(host))
-        AddDrive(registry, parent, drive, unit);
+    Builder builder(registry, computer, host);
+    std::vector<Disk> composed;
+    for (Disk& disk : Numbered(HostDrives(host))) {
+        if (disk.drive.isComposed())
+            composed.push_back(std::move(disk));
+        else
+            builder.add(disk);
+    }
+    // What is put together may be a part of others. A part that is missing, or lies in a circle, never comes.
+    while (!composed.empty()) {
+        auto next = std::find_if(
+            composed.begin(), composed.end(), [&](const Disk& disk) { return builder.hasPartsOf(disk); });
+        next = next != composed.end() ? next : composed.begin();
+        builder.addComposed(*next);
+        composed.erase(next);
+    }
 }
 
 }

@@ -5,7 +5,9 @@
 
 namespace iokit {
 
-/// Adds the HostDrives(), and numbers their media in that order: "disk0", "disk1", …
-void AddHostDisks(Registry& registry, Entry& parent, const HostTree& host);
+/// Adds the HostDrives() with the devices that they hang on, and their media with the host's files for them. The BSD names
+/// are the kernel's numbers of the disks, which go to no other disk while the computer runs; kernels before Linux 5.15 have
+/// none, and there the media count in the order of the drives, for as long as no drive comes or goes.
+void AddHostDisks(Registry& registry, Entry& computer, const HostTree& host);
 
 }

@@ -10,24 +10,6 @@ namespace iokit {
 
 namespace {
 
-constexpr const char* kDiskNames = "@(sd+([a-z])|vd+([a-z])|xvd+([a-z])|nvme+([0-9])n+([0-9])|mmcblk+([0-9])"
-                                   "|sr+([0-9])|loop+([0-9]))";
-
-constexpr std::string_view kInFile = "File";
-
-/// The first row that fits counts.
-constexpr std::array kBuses {
-    Bus { "*/usb[0-9]*", "USB", "External", "IOBlockStorageServices" },
-    Bus { "*/nvme*", "PCI-Express", "Internal", "IONVMeBlockStorageDevice" },
-    Bus { "*/end_device-*", "SAS", "", "IOBlockStorageServices" },
-    Bus { "*/ata[0-9]*", "SATA", "Internal", "IOAHCIBlockStorageDevice" },
-    Bus { "*/mmc_host/*", "Secure Digital", "Internal", "AppleSDXCBlockStorageDevice" },
-    Bus { "*/fw[0-9]*", "FireWire", "External", "IOBlockStorageServices" },
-    Bus { "*/virtio[0-9]*", "Virtual Interface", "Internal", "IOBlockStorageDevice" },
-    Bus { "*/virtual/block/loop*", "Virtual Interface", kInFile, "IODiskImageBlockStorageDeviceOutKernel" },
-    Bus { "*", "SCSI", "", "IOBlockStorageServices" },
-};
-
 /// Where a fact of the device is found: the first that has it counts.
 struct Fact {
     const char*
@@ -37,6 +19,8 @@ struct Fact {
 
 constexpr Fact kVendor { "ID_VENDOR_ENC", { "device/vendor" } };
 constexpr Fact kProduct { "ID_MODEL_ENC", { "device/model", "device/name" } };
+constexpr uint64_t kSizeWithoutDisc = 0x1fffff; // what the kernel supposes of a drive that cannot tell
+
 constexpr Fact kRevision { "ID_REVISION", { "device/rev", "device/firmware_rev", "device/fwrev" } };
 
 std::string FactOf(const BlockDevice& device, const Fact& fact)
@@ -52,31 +36,31 @@ std::string FactOf(const BlockDevice& device, const Fact& fact)
 /// @param name in the kernel's list of block devices. @return the place; "" for one that is left out or has gone.
 std::string PlaceOf(const HostTree& host, const std::string& name)
 {
-    if (fnmatch(kDiskNames, name.c_str(), FNM_EXTMATCH) != 0)
+    if (fnmatch("ram+([0-9])", name.c_str(), FNM_EXTMATCH) == 0)
         return "";
     const std::string place = host.resolved("sys/block/" + name);
-    const bool isIdleLoop = name.starts_with("loop") && host.bytes(place + "/loop/backing_file").empty();
-    return isIdleLoop || host.number(place + "/hidden") == 1 ? "" : place;
+    return host.number(place + "/hidden") == 1 ? "" : place;
 }
 
-}
-
-BlockDevice::BlockDevice(const HostTree& host, std::string folder)
-    : fHost(&host)
-    , fFolder(std::move(folder))
-    , fUdev(host.udev('b' + text("dev")))
+bool IsIdle(const BlockDevice& disk)
 {
+    return disk.folder().starts_with("sys/devices/virtual/block/") && disk.sectors().value_or(0) == 0;
 }
 
-std::optional<uint64_t> BlockDevice::number(const std::string& file) const
+}
+
+bool Drive::isComposed() const
 {
-    const std::optional<int64_t> number = fHost->number(fFolder + '/' + file);
-    return number && *number >= 0 ? std::optional<uint64_t>(*number) : std::nullopt;
+    return !parts.empty() || fnmatch("@(dm-|md)+([0-9])", name().c_str(), FNM_EXTMATCH) == 0;
 }
 
-std::string Drive::name() const { return device.folder().substr(device.folder().rfind('/') + 1); }
-
-bool Drive::isImage() const { return bus->location == kInFile; }
+bool Drive::hasMedium() const
+{
+    const uint64_t size = device.sectors().value_or(0);
+    if (isOptical() && device.isKnownToUdev())
+        return device.udev("ID_CDROM_MEDIA") == "1";
+    return size > 0 && !(isOptical() && size == kSizeWithoutDisc);
+}
 
 /// In its place the kernel has a number for virtual disks, and the word "ATA" for what speaks that.
 std::string Drive::vendor() const
@@ -101,7 +85,7 @@ std::string Drive::serialNumber() const
 std::string Drive::mediumType() const
 {
     const auto rotates = device.number("queue/rotational");
-    if (!rotates || isOptical() || isImage())
+    if (!rotates || isOptical() || bus->interconnect == "Virtual Interface")
         return "";
     const bool isTold = bus->interconnect == "SATA" || bus->interconnect == "SAS";
     if (*rotates == 0)
@@ -118,9 +102,11 @@ std::vector<Drive> HostDrives(const HostTree& host)
     std::sort(places.begin(), places.end(), ComesBefore);
     std::vector<Drive> drives;
     for (const std::string& place : places) {
-        const auto* const bus = std::find_if(kBuses.begin(), kBuses.end(),
-            [&place](const Bus& one) { return fnmatch(one.place, place.c_str(), 0) == 0; });
-        drives.push_back({ BlockDevice(host, place), bus });
+        BlockDevice device(host, place);
+        if (IsIdle(device))
+            continue;
+        const Bus* const bus = BusOf(device);
+        drives.push_back({ std::move(device), bus, host.names(place + "/slaves") });
     }
     return drives;
 }

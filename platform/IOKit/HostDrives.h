@@ -1,54 +1,25 @@
 #pragma once
 
-#include <Host/HostTree.h>
+#include <IOKit/HostBuses.h>
 
-#include <cstdint>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace iokit {
-
-/// A disk or a partition, as the kernel and udev describe it. Facts come and go with the device; a text that is not there
-/// is "".
-class BlockDevice {
-public:
-    /// @param host has to outlive this. @param folder of the device in there, "sys/devices/…/block/sda".
-    BlockDevice(const HostTree& host, std::string folder);
-
-    const HostTree& host() const { return *fHost; }
-    const std::string& folder() const { return fFolder; }
-    /// @param file below the folder, everywhere.
-    std::string bytes(const std::string& file) const { return fHost->bytes(fFolder + '/' + file); }
-    std::string text(const std::string& file) const { return fHost->text(fFolder + '/' + file); }
-    std::optional<uint64_t> number(const std::string& file) const; ///< none for a negative one
-    /// @return a property of udev's.
-    std::string udev(const std::string& property) const { return ValueOf(fUdev, property); }
-
-private:
-    const HostTree* fHost;
-    std::string fFolder;
-    TextPairs fUdev;
-};
-
-/// How a disk is connected.
-struct Bus {
-    const char* place; ///< pattern of the places among the kernel's devices
-    std::string_view interconnect;
-    std::string_view location; ///< "" where the place does not tell
-    std::string_view deviceClass; ///< of the registry
-};
 
 /// A device for media, with what it tells of itself.
 struct Drive {
     BlockDevice device;
     const Bus* bus; ///< never null
+    /// The kernel's names of the disks and partitions that it is put together from: "sda2", "dm-0". None for a device.
+    std::vector<std::string> parts;
 
-    std::string name() const; ///< the host's, "sda"
-    bool isImage() const; ///< a file takes its place
+    std::string name() const { return device.name(); }
+    bool isImage() const { return bus->location == kInFile; } ///< a file takes its place
     bool isOptical() const { return name().starts_with("sr"); }
     bool isRemovable() const { return device.number("removable") == 1; }
+    bool isComposed() const; ///< a volume of the device mapper or a RAID, even if its parts cannot be seen
+    bool hasMedium() const;
 
     std::string vendor() const;
     std::string product() const;
@@ -59,8 +30,8 @@ struct Drive {
     std::string mediumType() const;
 };
 
-/// The host's drives, in the order of their places in the computer. Disks in memory, those put together from others, and
-/// loop devices without a file are left out.
+/// The host's drives, in the order of their places in the computer. Disks of the kernel's own memory, paths to a disk that
+/// is shown once, and virtual ones that hold nothing, such as loop devices without a file, are left out.
 std::vector<Drive> HostDrives(const HostTree& host);
 
 }

@@ -1,11 +1,11 @@
 #include <IOKit/HostMedia.h>
 
+#include <IOKit/HostTable.h>
 #include <IOKit/PartitionContents.h>
 #include <IOKit/Properties.h>
 
 #include <algorithm>
 #include <array>
-#include <sstream>
 #include <vector>
 
 namespace iokit {
@@ -13,23 +13,6 @@ namespace iokit {
 namespace {
 
 constexpr uint64_t kSectorSize = 512; // of the kernel's sizes and places, whatever the disk's own
-constexpr uint64_t kNanosecondsPerTick = 1000000;
-
-/// One of the counters that the kernel keeps of each disk, by its place in the line.
-struct Counter {
-    const char* key;
-    size_t place;
-    uint64_t unit;
-};
-
-constexpr std::array kCounters {
-    Counter { "Operations (Read)", 0, 1 },
-    Counter { "Bytes (Read)", 2, kSectorSize },
-    Counter { "Total Time (Read)", 3, kNanosecondsPerTick },
-    Counter { "Operations (Write)", 4, 1 },
-    Counter { "Bytes (Write)", 6, kSectorSize },
-    Counter { "Total Time (Write)", 7, kNanosecondsPerTick },
-};
 
 struct OpticalMedium {
     const char* property; ///< of udev's
@@ -44,44 +27,57 @@ constexpr std::array kOpticalMedia {
 
 struct Partition {
     BlockDevice device;
-    uint64_t number;
+    std::optional<uint64_t> start; ///< in the kernel's sectors
+    TableEntry facts;
 };
 
 struct Medium {
     const BlockDevice& disk;
     const MediaTraits& traits;
+    PartitionTable table;
     std::vector<Partition> partitions;
-    std::string tableType; ///< as udev names it; "" where it does not
-    bool hasTable() const { return !tableType.empty() || !partitions.empty(); }
+
+    bool hasTable() const { return !table.type.empty() || !partitions.empty(); }
+    std::string name() const { return "disk" + std::to_string(traits.unit); }
 };
 
-std::optional<uint64_t> DeviceNumber(const BlockDevice& device, bool isMinor)
-{
-    const TextPairs numbers = PairsOf(device.text("dev"), ':');
-    if (numbers.empty())
-        return {};
-    const auto& [major, minor] = *numbers.begin();
-    const std::optional<int64_t> number = NumberIn(isMinor ? minor : major);
-    return number ? std::optional<uint64_t>(*number) : std::nullopt;
-}
+/// What has to do with all the media of a disk.
+struct Sink {
+    Registry& registry;
+    MediaByName& known;
 
-std::optional<uint64_t> Bytes(const BlockDevice& device, const char* attribute)
+    Entry& add(Entry& above, const char* className, const std::string& name, const std::string& location,
+        const BlockDevice& device, const std::string& bsdName, Properties& properties)
+    {
+        Entry& entry = registry.add(above, className, name, location, properties.take());
+        registry.setDeviceFile(bsdName, device.node());
+        known[device.name()] = &entry;
+        return entry;
+    }
+};
+
+std::optional<uint64_t> Bytes(std::optional<uint64_t> sectors)
 {
-    const auto sectors = device.number(attribute);
     return sectors ? std::optional(*sectors * kSectorSize) : std::nullopt;
 }
 
+/// Whether something is put together from it, as a volume group is.
+bool HasHolders(const BlockDevice& device)
+{
+    return !device.host().names(device.folder() + "/holders").empty();
+}
+
 /// The properties of every medium.
-Properties MediaProperties(const Medium& medium, const BlockDevice& device, const std::string& name)
+Properties MediaProperties(const Medium& medium, const BlockDevice& device, const std::string& bsdName)
 {
     const auto isReadOnly = device.number("ro");
     Properties properties;
-    properties.text("BSD Name", name)
+    properties.text("BSD Name", bsdName)
         .number("BSD Unit", medium.traits.unit)
-        .number("BSD Major", DeviceNumber(device, false))
-        .number("BSD Minor", DeviceNumber(device, true))
-        .number("Size", Bytes(device, "size"))
-        .number("Preferred Block Size", medium.disk.number("queue/logical_block_size"))
+        .number("BSD Major", device.majorNumber())
+        .number("BSD Minor", device.minorNumber())
+        .number("Size", Bytes(device.sectors()))
+        .number("Preferred Block Size", medium.traits.blockSize)
         .flag("Removable", medium.traits.isRemovable)
         .flag("Ejectable", medium.traits.isEjectable);
     if (isReadOnly)
@@ -89,91 +85,93 @@ Properties MediaProperties(const Medium& medium, const BlockDevice& device, cons
     return properties;
 }
 
-std::string WholeName(const Medium& medium) { return "disk" + std::to_string(medium.traits.unit); }
-
-Entry& AddWhole(Registry& registry, Entry& driver, const Medium& medium)
+Entry& AddWhole(Sink& sink, Entry& above, const Medium& medium)
 {
     const auto* const optical = std::find_if(kOpticalMedia.begin(), kOpticalMedia.end(),
         [&medium](const OpticalMedium& one) { return medium.disk.udev(one.property) == "1"; });
-    const std::string className = optical != kOpticalMedia.end() ? optical->className : "IOMedia";
-    Properties properties = MediaProperties(medium, medium.disk, WholeName(medium));
+    const char* const className = optical != kOpticalMedia.end() ? optical->className : "IOMedia";
+    Properties properties = MediaProperties(medium, medium.disk, medium.name());
     properties.flag("Whole", true)
-        .flag("Leaf", !medium.hasTable())
-        .plainText("Content", PartitionSchemeOfType(medium.tableType).content)
+        .flag("Leaf", !medium.hasTable() && !HasHolders(medium.disk))
+        .plainText("Content", PartitionSchemeOfType(medium.table.type).content)
         .plainText("Content Hint", "");
-    return registry.add(driver, className, medium.traits.name, "", properties.take());
+    return sink.add(above, className, medium.traits.name, "", medium.disk, medium.name(), properties);
 }
 
-/// @return the name in the table, as udev or else the kernel has it; "" where there is none.
-std::string NameInTable(const BlockDevice& partition)
+Entry& AddScheme(Registry& registry, Entry& whole, const Medium& medium)
 {
-    const std::string name = partition.udev("ID_PART_ENTRY_NAME");
-    return name.empty() ? ValueOf(PairsOf(partition.bytes("uevent"), '='), "PARTNAME") : name;
+    const PartitionScheme& kind = PartitionSchemeOfType(medium.table.type);
+    Properties properties;
+    properties.text("Content Mask", kind.content).text("UUID", UUIDText(medium.table.uuid));
+    Entry& scheme = registry.add(whole, kind.className, kind.className, "", properties.take());
+    // Nobody is to look for drivers for a table as such.
+    scheme.service->registered = false;
+    scheme.service->matched = false;
+    return scheme;
 }
 
-void AddPartition(Registry& registry, Entry& scheme, const Medium& medium, const Partition& partition)
+void AddPartition(Sink& sink, Entry& scheme, const Medium& medium, const Partition& partition)
 {
-    const std::string number = std::to_string(partition.number);
-    const std::string content = PartitionContent(partition.device.udev("ID_PART_ENTRY_TYPE"));
-    const std::string name = NameInTable(partition.device);
-    Properties properties = MediaProperties(medium, partition.device, WholeName(medium) + 's' + number);
+    const std::string number = std::to_string(partition.facts.number);
+    const std::string bsdName = medium.name() + 's' + number;
+    const std::string content = PartitionContent(partition.facts.type);
+    const std::string name = partition.facts.name.empty() ? "Untitled " + number : partition.facts.name;
+    Properties properties = MediaProperties(medium, partition.device, bsdName);
     properties.flag("Whole", false)
-        .flag("Leaf", true)
-        .number("Partition ID", partition.number)
-        .number("Base", Bytes(partition.device, "start"))
+        .flag("Leaf", !HasHolders(partition.device))
+        .number("Partition ID", partition.facts.number)
+        .number("Base", Bytes(partition.start))
         .plainText("Content", content)
         .plainText("Content Hint", content)
-        .text("UUID", UUIDText(partition.device.udev("ID_PART_ENTRY_UUID")));
-    registry.add(scheme, "IOMedia", name.empty() ? "Untitled " + number : name, number, properties.take());
+        .text("UUID", UUIDText(partition.facts.uuid));
+    sink.add(scheme, "IOMedia", name, number, partition.device, bsdName, properties);
 }
 
-std::vector<Partition> PartitionsOf(const BlockDevice& disk)
+/// What the table says, as udev or else the disk has it; of the name the kernel may know, too.
+TableEntry FactsOf(const BlockDevice& partition, TableEntry facts)
+{
+    if (partition.isKnownToUdev()) {
+        facts.type = partition.udev("ID_PART_ENTRY_TYPE");
+        facts.name = partition.udev("ID_PART_ENTRY_NAME");
+        facts.uuid = partition.udev("ID_PART_ENTRY_UUID");
+    }
+    if (facts.name.empty())
+        facts.name = partition.uevent("PARTNAME");
+    return facts;
+}
+
+std::vector<Partition> PartitionsOf(const BlockDevice& disk, const PartitionTable& table)
 {
     std::vector<Partition> partitions;
     for (const std::string& name : disk.host().names(disk.folder())) {
-        const auto number = disk.number(name + "/partition");
+        const auto number = name.starts_with(disk.name()) ? disk.number(name + "/partition") : std::nullopt;
         if (!number)
             continue;
         BlockDevice device(disk.host(), disk.folder() + '/' + name);
-        if (!IsPartitionFrame(device.udev("ID_PART_ENTRY_TYPE")))
-            partitions.push_back({ std::move(device), *number });
+        const auto start = device.number("start");
+        TableEntry facts = FactsOf(device, table.at(*number, start.value_or(0)));
+        if (!IsPartitionFrame(facts.type))
+            partitions.push_back({ std::move(device), start, std::move(facts) });
     }
     return partitions;
 }
 
 }
 
-cf::Owned<CFDictionaryRef> DriverProperties(const BlockDevice& disk)
+void AddMedia(
+    Registry& registry, Entry& above, const BlockDevice& disk, const MediaTraits& traits, MediaByName& known)
 {
-    std::istringstream line(disk.text("stat"));
-    std::vector<uint64_t> counts;
-    for (uint64_t count = 0; line >> count;)
-        counts.push_back(count);
-    Properties statistics;
-    for (const Counter& counter : kCounters) {
-        if (counter.place < counts.size())
-            statistics.number(counter.key, counts[counter.place] * counter.unit);
-    }
-    return Properties().dictionary("Statistics", statistics).take();
-}
-
-void AddMedia(Registry& registry, Entry& driver, const BlockDevice& disk, const MediaTraits& traits)
-{
-    Medium medium { disk, traits, PartitionsOf(disk), disk.udev("ID_PART_TABLE_TYPE") };
-    if (medium.tableType.empty() && !medium.partitions.empty())
-        medium.tableType = medium.partitions.front().device.udev("ID_PART_ENTRY_SCHEME");
-    Entry& whole = AddWhole(registry, driver, medium);
+    Medium medium { disk, traits, TableOf(disk), {} };
+    medium.partitions = PartitionsOf(disk, medium.table);
+    if (medium.table.type.empty() && !medium.partitions.empty())
+        medium.table.type = medium.partitions.front().device.udev("ID_PART_ENTRY_SCHEME");
+    Sink sink { registry, known };
+    Entry& whole = AddWhole(sink, above, medium);
     if (!medium.hasTable())
         return;
-    const PartitionScheme& kind = PartitionSchemeOfType(medium.tableType);
-    Properties properties;
-    properties.text("Content Mask", kind.content);
-    Entry& scheme = registry.add(whole, kind.className, kind.className, "", properties.take());
-    // Nobody is to look for drivers for a table as such.
-    scheme.service->registered = false;
-    scheme.service->matched = false;
+    Entry& scheme = AddScheme(registry, whole, medium);
     for (const Partition& partition : medium.partitions)
-        AddPartition(registry, scheme, medium, partition);
+        AddPartition(sink, scheme, medium, partition);
 }
 
 }

@@ -1,24 +1,30 @@
 #pragma once
 
-#include <IOKit/HostDrives.h>
+#include <IOKit/HostBlockDevice.h>
 #include <IOKit/Registry.h>
 
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <unordered_map>
 
 namespace iokit {
 
 /// What a medium and its partitions have from their drive.
 struct MediaTraits {
     std::string name; ///< of the whole
-    unsigned unit; ///< the number in the BSD name
+    uint64_t unit; ///< the number in the BSD name
+    std::optional<uint64_t> blockSize; ///< in bytes
     bool isRemovable;
     bool isEjectable;
 };
 
-/// Of the driver of a block storage device: what it has read and written since the host started. Times are in ns.
-cf::Owned<CFDictionaryRef> DriverProperties(const BlockDevice& disk);
+/// The entries of media by the kernel's names, "sda2", for what is put together from them.
+using MediaByName = std::unordered_map<std::string, Entry*>;
 
 /// Adds the medium of a drive, its partition table, where it has one, and the partitions in the order of their numbers.
-void AddMedia(Registry& registry, Entry& driver, const BlockDevice& disk, const MediaTraits& traits);
+/// @param known receives them.
+void AddMedia(
+    Registry& registry, Entry& above, const BlockDevice& disk, const MediaTraits& traits, MediaByName& known);
 
 }

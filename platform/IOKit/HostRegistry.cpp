@@ -1,8 +1,11 @@
 #include <IOKit/HostRegistry.h>
 
 #include <Host/Computer.h>
+#include <IOKit/CurrentRegistry.h>
 #include <IOKit/HostDisks.h>
 #include <IOKit/Properties.h>
+
+#include <sys/stat.h>
 
 namespace iokit {
 
@@ -26,8 +29,25 @@ Entry& AddPlatformExpert(Registry& registry, const HostTree& host)
 Registry ReadHostRegistry(const HostTree& host)
 {
     Registry registry;
-    AddHostDisks(registry, AddPlatformExpert(registry, host), host);
+    Entry& computer = AddPlatformExpert(registry, host);
+    AddHostDisks(registry, computer, host);
+    registry.add(computer, "IODTNVRAM", "options", "", nullptr);
+    registry.completeDeviceTree();
     return registry;
+}
+
+/// The kernel counts the news of its devices; udev writes down what it finds out about them a little later.
+std::string HostSource::version() const
+{
+    struct stat status { };
+    stat(fHost.path("run/udev/data").c_str(), &status);
+    return fHost.text("sys/kernel/uevent_seqnum") + ' ' + std::to_string(status.st_mtim.tv_sec) + '.'
+        + std::to_string(status.st_mtim.tv_nsec);
+}
+
+std::shared_ptr<const Registry> HostSource::read() const
+{
+    return std::make_shared<const Registry>(ReadHostRegistry(fHost));
 }
 
 }

@@ -5,8 +5,9 @@
 
 namespace iokit {
 
-/// The registry of a computer, as it is now: the root, the computer itself, below it each disk with a driver, its medium and
-/// the partitions. It never fails: what cannot be found out, or has gone by then, is not in it.
+/// The registry of a computer, as it is now, in both planes: the root, the computer itself, below it the controllers that
+/// have drives, each drive with a driver, its medium and the partitions, and what is put together from those. It never fails:
+/// what cannot be found out, or has gone by then, is not in it.
 Registry ReadHostRegistry(const HostTree& host = HostTree());
 
 }

@@ -36,13 +36,17 @@ Properties& Properties::number(const char* key, std::optional<uint64_t> number)
     return value(key, cf::Owned<CFTypeRef>(CFNumberCreate(nullptr, kCFNumberSInt64Type, &*number)));
 }
 
+Properties& Properties::data(const char* key, std::string_view bytes)
+{
+    if (bytes.empty())
+        return *this;
+    const auto* const first = reinterpret_cast<const UInt8*>(bytes.data());
+    return value(key, cf::Owned<CFTypeRef>(CFDataCreate(nullptr, first, static_cast<CFIndex>(bytes.size()))));
+}
+
 Properties& Properties::textData(const char* key, const std::string& text)
 {
-    if (text.empty())
-        return *this;
-    const auto* const bytes = reinterpret_cast<const UInt8*>(text.c_str());
-    return value(
-        key, cf::Owned<CFTypeRef>(CFDataCreate(nullptr, bytes, static_cast<CFIndex>(text.size() + 1))));
+    return text.empty() ? *this : data(key, { text.c_str(), text.size() + 1 });
 }
 
 Properties& Properties::dictionary(const char* key, const Properties& values)

@@ -23,6 +23,7 @@ public:
     Properties& plainText(const char* key, std::string_view utf8); ///< the same, but kept when empty
     Properties& flag(const char* key, bool value);
     Properties& number(const char* key, std::optional<uint64_t> number); ///< left out when there is none
+    Properties& data(const char* key, std::string_view bytes); ///< left out when empty
     /// Text in the form that firmware gives it: data with a null at the end. Left out when empty.
     Properties& textData(const char* key, const std::string& text);
     Properties& array(const char* key, CFArrayRef values); ///< kept when empty

@@ -30,10 +30,10 @@ TEST(HostRegistry, ShowsASataDiskAsAMacDoes)
     PrintRegistry(text, host.registry(), view);
     EXPECT_EQ(text.str(), R"text(+-o Root  <class IORegistryEntry, id 0x100000100, retain 2>
   | {
-  |   "IORegistryPlanes" = {"IOService"="IOService"}
+  |   "IORegistryPlanes" = {"IOService"="IOService","IODeviceTree"="IODeviceTree"}
   | }
   | 
-  +-o Desk 3  <class IOPlatformExpertDevice, id 0x100000101, registered, matched, active, busy 0 (0 ms), retain 3>
+  +-o Desk 3  <class IOPlatformExpertDevice, id 0x100000101, registered, matched, active, busy 0 (0 ms), retain 4>
     | {
     |   "manufacturer" = <"Cormorant">
     |   "model" = <"Desk 3">
@@ -41,80 +41,101 @@ TEST(HostRegistry, ShowsASataDiskAsAMacDoes)
     |   "IOPlatformUUID" = "3D1219C7-C4C5-404A-AA1F-6D2A48ADFDA4"
     | }
     | 
-    +-o IOAHCIBlockStorageDevice  <class IOAHCIBlockStorageDevice, id 0x100000102, registered, matched, active, busy 0 (0 ms), retain 3>
-      | {
-      |   "device-type" = "Generic"
-      |   "IOStorageFeatures" = {"Unmap"=Yes}
-      |   "Device Characteristics" = {"Product Name"="Kestrel SSD 500GB Series 7","Product Revision Level"="2B6Q","Serial Number"="K7X0042","Medium Type"="Solid State","Logical Block Size"=512,"Physical Block Size"=4096}
-      |   "Protocol Characteristics" = {"Physical Interconnect"="SATA","Physical Interconnect Location"="Internal"}
-      | }
-      | 
-      +-o IOBlockStorageDriver  <class IOBlockStorageDriver, id 0x100000103, registered, matched, active, busy 0 (0 ms), retain 3>
-        | {
-        |   "Statistics" = {"Operations (Read)"=200,"Bytes (Read)"=2048000,"Total Time (Read)"=70000000,"Operations (Write)"=100,"Bytes (Write)"=819200,"Total Time (Write)"=30000000}
-        | }
-        | 
-        +-o Kestrel SSD 500GB Series 7 Media  <class IOMedia, id 0x100000104, registered, matched, active, busy 0 (0 ms), retain 3>
-          | {
-          |   "BSD Name" = "disk0"
-          |   "BSD Unit" = 0
-          |   "BSD Major" = 8
-          |   "BSD Minor" = 0
-          |   "Size" = 500107862016
-          |   "Preferred Block Size" = 512
-          |   "Removable" = No
-          |   "Ejectable" = No
-          |   "Writable" = Yes
-          |   "Whole" = Yes
-          |   "Leaf" = No
-          |   "Content" = "GUID_partition_scheme"
-          |   "Content Hint" = ""
-          | }
-          | 
-          +-o IOGUIDPartitionScheme  <class IOGUIDPartitionScheme, id 0x100000105, !registered, !matched, active, busy 0 (0 ms), retain 4>
-            | {
-            |   "Content Mask" = "GUID_partition_scheme"
-            | }
-            | 
-            +-o EFI System Partition@1  <class IOMedia, id 0x100000106, registered, matched, active, busy 0 (0 ms), retain 2>
-            |   {
-            |     "BSD Name" = "disk0s1"
-            |     "BSD Unit" = 0
-            |     "BSD Major" = 8
-            |     "BSD Minor" = 1
-            |     "Size" = 314572800
-            |     "Preferred Block Size" = 512
-            |     "Removable" = No
-            |     "Ejectable" = No
-            |     "Writable" = Yes
-            |     "Whole" = No
-            |     "Leaf" = Yes
-            |     "Partition ID" = 1
-            |     "Base" = 1048576
-            |     "Content" = "C12A7328-F81F-11D2-BA4B-00A0C93EC93B"
-            |     "Content Hint" = "C12A7328-F81F-11D2-BA4B-00A0C93EC93B"
-            |     "UUID" = "0B6F1C5E-5D0C-4F29-9D1A-3C1D1A0F7A11"
-            |   }
-            |   
-            +-o Untitled 2@2  <class IOMedia, id 0x100000107, registered, matched, active, busy 0 (0 ms), retain 2>
-                {
-                  "BSD Name" = "disk0s2"
-                  "BSD Unit" = 0
-                  "BSD Major" = 8
-                  "BSD Minor" = 2
-                  "Size" = 499791167488
-                  "Preferred Block Size" = 512
-                  "Removable" = No
-                  "Ejectable" = No
-                  "Writable" = No
-                  "Whole" = No
-                  "Leaf" = Yes
-                  "Partition ID" = 2
-                  "Base" = 315621376
-                  "Content" = "48465300-0000-11AA-AA11-00306543ECAC"
-                  "Content Hint" = "48465300-0000-11AA-AA11-00306543ECAC"
-                }
-                
+    +-o IOAHCIDevice@0  <class IOAHCIDevice, id 0x100000102, registered, matched, active, busy 0 (0 ms), retain 3>
+    | | {
+    | |   "IOUnit" = 0
+    | |   "Protocol Characteristics" = {"Physical Interconnect"="SATA","Physical Interconnect Location"="Internal"}
+    | | }
+    | | 
+    | +-o AppleAHCIDiskDriver  <class AppleAHCIDiskDriver, id 0x100000103, registered, matched, active, busy 0 (0 ms), retain 3>
+    |   | {
+    |   |   "Model" = "Kestrel SSD 500GB Series 7"
+    |   |   "Revision" = "2B6Q"
+    |   |   "Serial Number" = "K7X0042"
+    |   |   "Physical Interconnect Location" = "Internal"
+    |   | }
+    |   | 
+    |   +-o IOAHCIBlockStorageDevice  <class IOAHCIBlockStorageDevice, id 0x100000104, registered, matched, active, busy 0 (0 ms), retain 3>
+    |     | {
+    |     |   "device-type" = "Generic"
+    |     |   "IOStorageFeatures" = {"Unmap"=Yes}
+    |     |   "IOMaximumByteCountRead" = 1310720
+    |     |   "IOMaximumByteCountWrite" = 1310720
+    |     |   "Device Characteristics" = {"Product Name"="Kestrel SSD 500GB Series 7","Product Revision Level"="2B6Q","Serial Number"="K7X0042","Medium Type"="Solid State","Logical Block Size"=512,"Physical Block Size"=4096}
+    |     |   "Protocol Characteristics" = {"Physical Interconnect"="SATA","Physical Interconnect Location"="Internal"}
+    |     | }
+    |     | 
+    |     +-o IOBlockStorageDriver  <class IOBlockStorageDriver, id 0x100000105, registered, matched, active, busy 0 (0 ms), retain 3>
+    |       | {
+    |       |   "Statistics" = {"Operations (Read)"=200,"Bytes (Read)"=2048000,"Total Time (Read)"=70000000,"Operations (Write)"=100,"Bytes (Write)"=819200,"Total Time (Write)"=30000000}
+    |       | }
+    |       | 
+    |       +-o Kestrel SSD 500GB Series 7 Media  <class IOMedia, id 0x100000106, registered, matched, active, busy 0 (0 ms), retain 3>
+    |         | {
+    |         |   "BSD Name" = "disk0"
+    |         |   "BSD Unit" = 0
+    |         |   "BSD Major" = 8
+    |         |   "BSD Minor" = 0
+    |         |   "Size" = 500107862016
+    |         |   "Preferred Block Size" = 512
+    |         |   "Removable" = No
+    |         |   "Ejectable" = No
+    |         |   "Writable" = Yes
+    |         |   "Whole" = Yes
+    |         |   "Leaf" = No
+    |         |   "Content" = "GUID_partition_scheme"
+    |         |   "Content Hint" = ""
+    |         | }
+    |         | 
+    |         +-o IOGUIDPartitionScheme  <class IOGUIDPartitionScheme, id 0x100000107, !registered, !matched, active, busy 0 (0 ms), retain 4>
+    |           | {
+    |           |   "Content Mask" = "GUID_partition_scheme"
+    |           |   "UUID" = "6D1B2F4E-8C1D-4B53-9C76-0A1F5E2D7C33"
+    |           | }
+    |           | 
+    |           +-o EFI System Partition@1  <class IOMedia, id 0x100000108, registered, matched, active, busy 0 (0 ms), retain 2>
+    |           |   {
+    |           |     "BSD Name" = "disk0s1"
+    |           |     "BSD Unit" = 0
+    |           |     "BSD Major" = 8
+    |           |     "BSD Minor" = 1
+    |           |     "Size" = 314572800
+    |           |     "Preferred Block Size" = 512
+    |           |     "Removable" = No
+    |           |     "Ejectable" = No
+    |           |     "Writable" = Yes
+    |           |     "Whole" = No
+    |           |     "Leaf" = Yes
+    |           |     "Partition ID" = 1
+    |           |     "Base" = 1048576
+    |           |     "Content" = "C12A7328-F81F-11D2-BA4B-00A0C93EC93B"
+    |           |     "Content Hint" = "C12A7328-F81F-11D2-BA4B-00A0C93EC93B"
+    |           |     "UUID" = "0B6F1C5E-5D0C-4F29-9D1A-3C1D1A0F7A11"
+    |           |   }
+    |           |   
+    |           +-o Untitled 2@2  <class IOMedia, id 0x100000109, registered, matched, active, busy 0 (0 ms), retain 2>
+    |               {
+    |                 "BSD Name" = "disk0s2"
+    |                 "BSD Unit" = 0
+    |                 "BSD Major" = 8
+    |                 "BSD Minor" = 2
+    |                 "Size" = 499791167488
+    |                 "Preferred Block Size" = 512
+    |                 "Removable" = No
+    |                 "Ejectable" = No
+    |                 "Writable" = No
+    |                 "Whole" = No
+    |                 "Leaf" = Yes
+    |                 "Partition ID" = 2
+    |                 "Base" = 315621376
+    |                 "Content" = "48465300-0000-11AA-AA11-00306543ECAC"
+    |                 "Content Hint" = "48465300-0000-11AA-AA11-00306543ECAC"
+    |               }
+    |               
+    +-o options  <class IODTNVRAM, id 0x10000010a, registered, matched, active, busy 0 (0 ms), retain 2>
+        {
+        }
+        
 )text");
 }
 
@@ -178,7 +199,7 @@ TEST(HostRegistry, NumbersDisksByTheirPlaceAndDrivesWithoutAMediumNotAtAll)
             { { "dev", "11:0" }, { "size", "2097151" } }, { { "ID_CDROM", "1" }, { "ID_CDROM_DVD", "1" } })
         .disk("pci0000:00/ata3/host2/target2:0:0/2:0:0:0", "sr1", { { "dev", "11:1" }, { "size", "700000" } },
             { { "ID_CDROM_MEDIA", "1" }, { "ID_CDROM_MEDIA_DVD", "1" } })
-        .disk("virtual", "zram0", { { "dev", "253:0" }, { "size", "4096" } });
+        .disk("pci0000:00/ata4/host3/target3:0:0/3:0:0:0", "sr2", { { "size", "2097151" } });
     const iokit::Registry registry = host.registry();
     EXPECT_EQ(EntriesOf(registry, "IODVDBlockStorageDevice").size(), 1U);
     const std::vector<const iokit::Entry*> media = EntriesOf(registry, "IOMedia");

@@ -8,10 +8,12 @@ TestHost& TestHost::sataDisk()
         { { "dev", "8:0" }, { "size", "976773168" }, { "ro", "0" }, { "removable", "0" },
             { "queue/rotational", "0" }, { "queue/logical_block_size", "512" },
             { "queue/physical_block_size", "4096" }, { "queue/discard_max_bytes", "2147450880" },
-            { "device/vendor", "ATA     " }, { "device/model", "Kestrel SSD 500G" }, { "device/rev", "2B6Q" },
+            { "queue/max_sectors_kb", "1280" }, { "device/vendor", "ATA     " },
+            { "device/model", "Kestrel SSD 500G" }, { "device/rev", "2B6Q" },
             { "stat", "  200  10  4000  70  100  20  1600  30  0  90  100" } },
         { { "ID_MODEL_ENC", "Kestrel\\x20SSD\\x20500GB\\x20Series\\x207\\x20\\x20" },
-            { "ID_SERIAL_SHORT", "K7X0042" }, { "ID_PART_TABLE_TYPE", "gpt" } });
+            { "ID_SERIAL_SHORT", "K7X0042" }, { "ID_PART_TABLE_TYPE", "gpt" },
+            { "ID_PART_TABLE_UUID", "6d1b2f4e-8c1d-4b53-9c76-0a1f5e2d7c33" } });
     partition(1, { { "dev", "8:1" }, { "start", "2048" }, { "size", "614400" }, { "ro", "0" } },
         { { "ID_PART_ENTRY_TYPE", "c12a7328-f81f-11d2-ba4b-00a0c93ec93b" },
             { "ID_PART_ENTRY_UUID", "0b6f1c5e-5d0c-4f29-9d1a-3c1d1a0f7a11" },
@@ -74,4 +76,33 @@ std::string Property(const iokit::Entry& entry, const char* key)
     if (const CFTypeRef value = entry.property(key))
         AppendValue(text, value, false);
     return text;
+}
+
+std::string Searched(const iokit::Entry& entry, const char* key)
+{
+    const iokit::Entry* one = &entry;
+    while (one->property(key) == nullptr && one->parent() != nullptr)
+        one = one->parent();
+    return Property(*one, key);
+}
+
+const iokit::Entry& MediaNamed(const iokit::Registry& registry, const std::string& bsdName)
+{
+    static iokit::Registry none;
+    static const iokit::Entry& nothing = none.add(none.root(), "IOService", "none", "", nullptr);
+    for (const iokit::Entry* media : EntriesOf(registry, "IOMedia")) {
+        if (Property(*media, "BSD Name") == '"' + bsdName + '"')
+            return *media;
+    }
+    return nothing;
+}
+
+std::string WayTo(const iokit::Entry& entry)
+{
+    std::string way = entry.fullName();
+    for (const iokit::Entry* one = entry.parent();
+         one != nullptr && one->parent() != nullptr && one->parent()->parent() != nullptr;
+         one = one->parent())
+        way.insert(0, one->fullName() + " > ");
+    return way;
 }

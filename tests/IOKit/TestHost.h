@@ -21,3 +21,9 @@ public:
 std::vector<const iokit::Entry*> EntriesOf(const iokit::Registry& registry, const std::string& className);
 /// What the text has for the property: "disk0", 512, Yes; "" where the entry has none.
 std::string Property(const iokit::Entry& entry, const char* key);
+/// The property of the entry, or of the nearest one above it that has it.
+std::string Searched(const iokit::Entry& entry, const char* key);
+/// @return the medium of that BSD name; an entry without any properties when there is none.
+const iokit::Entry& MediaNamed(const iokit::Registry& registry, const std::string& bsdName);
+/// The full names from below the computer down to the entry: "SATA@1F,2 > IOAHCIDevice@0".
+std::string WayTo(const iokit::Entry& entry);
