@@ -2,6 +2,8 @@
 
 #include "TestHost.h"
 
+#include "util/ReadTest.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -46,14 +48,26 @@ protected:
 
     /// @param command makes the table in the file $image. Kernels without support for tables learn of the partitions from
     /// partx. @return whether the device is there.
-    bool attach(const std::string& command)
+    bool attach(const std::string& command, const std::string& size = "16M")
     {
         const std::string image = folder / "image";
-        if (OutputOf("image=" + image + "; truncate -s 16M $image && " + command + " >&2 && echo done")
+        if (OutputOf("image=" + image + "; truncate -s " + size + " $image && " + command + " >&2 && echo done")
             != "done")
             return false;
         device = OutputOf("losetup --partscan --find --show " + image);
         return !device.empty() && std::system(("partx -a " + device + " 2>/dev/null; true").c_str()) == 0;
+    }
+
+    /// The whole disk's BSD name.
+    std::string bsdName() const
+    {
+        const iokit::Registry registry = iokit::ReadHostRegistry();
+        std::string found;
+        for (const iokit::Entry* one : EntriesOf(registry, "IOMedia")) {
+            if (registry.deviceFile(cf::TextOf(one->property("BSD Name"))) == device)
+                found = cf::TextOf(one->property("BSD Name"));
+        }
+        return found;
     }
 
     /// The disk's media: name, size, content and file of each.
@@ -109,23 +123,28 @@ TEST_F(LoopDeviceTest, WithApplesTableIsShownWithTheTablesOwnPartition)
 
 TEST_F(LoopDeviceTest, HasANameThatNothingElseGetsAgain)
 {
-    const auto name = [this] {
-        const iokit::Registry registry = iokit::ReadHostRegistry();
-        std::string found;
-        for (const iokit::Entry* one : EntriesOf(registry, "IOMedia")) {
-            if (registry.deviceFile(cf::TextOf(one->property("BSD Name"))) == device)
-                found = cf::TextOf(one->property("BSD Name"));
-        }
-        return found;
-    };
     ASSERT_TRUE(attach("true"));
-    const std::string first = name();
+    const std::string first = bsdName();
     EXPECT_NE(first, "");
-    EXPECT_EQ(name(), first);
+    EXPECT_EQ(bsdName(), first);
     detach();
     ASSERT_TRUE(attach("true"));
-    EXPECT_NE(name(), "");
-    EXPECT_NE(name(), first);
+    EXPECT_NE(bsdName(), "");
+    EXPECT_NE(bsdName(), first);
+}
+
+TEST_F(LoopDeviceTest, IsReadLikeADriveAndIsFastIfItIsLargeEnough)
+{
+    ASSERT_TRUE(attach("true", "1G"));
+    const std::string large = bsdName();
+    bool isFast = false;
+    for (int i = 0; i < 20 && !isFast; ++i) // the machine may have other things to do
+        isFast = PerformReadTestForSSD_Media(large.c_str(), 0);
+    EXPECT_TRUE(isFast);
+    detach();
+    EXPECT_FALSE(PerformReadTestForSSD_Media(large.c_str(), 0)) << "it has gone";
+    ASSERT_TRUE(attach("true", "512M"));
+    EXPECT_FALSE(PerformReadTestForSSD_Media(bsdName().c_str(), 0));
 }
 
 }
