@@ -50,7 +50,7 @@ bool GetStatisticsForDisk(io_registry_entry_t disk, DiskStatisticsRec* statistic
 {
     const CFRef<CFDictionaryRef> found(CreateStatisticsForDisk(disk));
     ConvertDictionaryToDiskStatisticsRec(found.get(), statistics);
-    return static_cast<bool>(found);
+    return found && statistics != nullptr;
 }
 
 bool GetStatisticsForDiskWithBSD_Name(const char* bsdName, DiskStatisticsRec* statistics)
@@ -62,7 +62,6 @@ void ConvertDictionaryToDiskStatisticsRec(CFDictionaryRef dictionary, DiskStatis
 {
     if (statistics == nullptr)
         return;
-    *statistics = {};
     for (const auto& [field, key] : Counters()) {
         const CFTypeRef value = dictionary != nullptr ? CFDictionaryGetValue(dictionary, key) : nullptr;
         statistics->*field = static_cast<uint64_t>(NumberFrom(value).value_or(0));

@@ -74,6 +74,7 @@ void GetBSDNameAndSizes(io_registry_entry_t media, bool* isPartition, char* name
     std::array<char, 16> ownName {};
     const bool isNamed
         = CopyASCII(OwnProperty(media, CFSTR(kIOBSDNameKey)).get(), ownName.data(), ownName.size());
+    Clear(name, nameSize);
     CopyText(name, ownName.data(), nameSize);
     Store(isPartition, isNamed && IsDiskAPartition(ownName.data()));
     Store(size, isNamed ? static_cast<uint64_t>(OwnNumber(media, CFSTR("Size"))) : uint64_t { 0 });

@@ -11,12 +11,6 @@
 
 namespace {
 
-void Clear(char* buffer, size_t size)
-{
-    if (buffer != nullptr)
-        std::memset(buffer, 0, size);
-}
-
 void FillInText(CFTypeRef value, char* buffer, size_t size)
 {
     std::array<char, 255> text {};
@@ -141,7 +135,9 @@ void GPT_UUID_ForDisk(io_registry_entry_t disk, char* buffer, size_t size)
         return;
     const CFRef<CFTypeRef> uuid(IORegistryEntrySearchCFProperty(
         disk, kIOServicePlane, CFSTR("UUID"), kCFAllocatorDefault, kIORegistryIterateRecursively));
-    CopyASCII(uuid.get(), buffer, size);
+    std::array<char, 64> text {};
+    CopyASCII(uuid.get(), text.data(), text.size());
+    CopyText(buffer, text.data(), size);
 }
 
 void FillInDeviceLocationWithIOServiceObject(io_registry_entry_t object, char* buffer, size_t size)
@@ -151,8 +147,8 @@ void FillInDeviceLocationWithIOServiceObject(io_registry_entry_t object, char* b
         return;
     const CFRef<CFTypeRef> found = SearchedProperty(object, CFSTR("io-device-location"));
     if (const auto location = CFDynamicCast<CFDataRef>(found.get(), CFDataGetTypeID())) {
-        std::memcpy(buffer, CFDataGetBytePtr(location),
-            std::min(size, static_cast<size_t>(CFDataGetLength(location))));
+        std::copy_n(CFDataGetBytePtr(location),
+            std::min(size, static_cast<size_t>(CFDataGetLength(location))), buffer);
         buffer[size - 1] = 0;
     } else if (SearchedProperty(object, CFSTR("Thunderbolt Path"))) {
         CopyText(buffer, "Thunderbolt", size);

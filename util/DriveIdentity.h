@@ -14,7 +14,8 @@ void FillInSerialNumber(io_registry_entry_t media, uint32_t bus, char* buffer, s
 /// The drive's number on its bus, and that of the unit in it; 0 where the bus has none.
 void GetTargetID_And_LUN(io_registry_entry_t media, uint32_t bus, int32_t* target, int32_t* logicalUnit);
 
-/// The UUID of the first partition that has one, on a disk with a GUID partition table.
+/// On a disk with a GUID partition table the UUID of the disk or, in the order of the registry, of what comes below it first with
+/// one: the table itself or a partition.
 void GPT_UUID_ForDisk(io_registry_entry_t disk, char* buffer, size_t size);
 
 /// Where in the computer the drive is: as the firmware names the place, or "Thunderbolt".

@@ -60,7 +60,7 @@ bool StartsWith(const char* text, std::string_view prefix)
     return std::memcmp(text, prefix.data(), prefix.size()) == 0;
 }
 
-/// @param names in a buffer of at least the prefix' size. @return never null: the last row fits all.
+/// @param names in a buffer of at least the prefix' size. @return one there always is: the last row fits all.
 const Maker& MakerOf(const Names& names)
 {
     return *std::find_if(kMakers.begin(), kMakers.end(),
@@ -75,12 +75,6 @@ const char* ModelOf(const Maker& maker, const Names& names)
     if (filler != maker.fillers.end())
         model += filler->size();
     return model + std::strspn(model, " ");
-}
-
-void Clear(char* buffer, size_t size)
-{
-    if (buffer != nullptr)
-        std::memset(buffer, 0, size);
 }
 
 /// Appends a characteristic of the device. @param separator is put before it, unless it is the first.

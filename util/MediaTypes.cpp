@@ -50,10 +50,9 @@ BusCode USBBusOf(io_registry_entry_t media)
 {
     constexpr int64_t fastDevice = 3;
     constexpr int64_t fastUSB = 4;
-    if (const auto speed = NumberFrom(SearchedProperty(media, CFSTR("Device Speed")).get()))
-        return *speed >= fastDevice ? kBusFastUSB : kBusUSB;
-    const auto speed = NumberFrom(SearchedProperty(media, CFSTR("USBSpeed")).get());
-    return speed && *speed >= fastUSB ? kBusFastUSB : kBusUSB;
+    const CFRef<CFTypeRef> device = SearchedProperty(media, CFSTR("Device Speed"));
+    const auto speed = NumberFrom(device ? device.get() : SearchedProperty(media, CFSTR("USBSpeed")).get());
+    return speed && *speed >= (device ? fastDevice : fastUSB) ? kBusFastUSB : kBusUSB;
 }
 
 /// Stores the code if there is one to store.

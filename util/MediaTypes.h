@@ -43,7 +43,8 @@ uint32_t GetMediaTypeWithIOServiceObject(io_registry_entry_t media);
 
 // @param code, of all of these, receives the code when the answer is yes, else it is left as it is; may be null.
 
-/// Whether it stands for an APFS container. @param code is required.
+/// Whether it is the medium of an APFS container: of that very class, which an ancestor or a derived one does not count for.
+/// @param code is required.
 bool TestForAPFS_Media(io_registry_entry_t media, uint32_t* code);
 bool TestForOpticalMedia(io_registry_entry_t media, uint32_t* code);
 bool TestForIPodMedia(io_registry_entry_t media, uint32_t* code);

@@ -92,6 +92,11 @@ uint32_t VolumePartitionTypeOnDisk(io_registry_entry_t disk)
     return type;
 }
 
+bool IsKelvane_Volume(io_registry_entry_t media)
+{
+    return static_cast<bool>(SearchedProperty(media, CFSTR("Kelvane Volume ID")));
+}
+
 bool IsAppleRAID_Volume(io_registry_entry_t media)
 {
     const CFRef<CFTypeRef> className = SearchedProperty(media, CFSTR("IOClass"));

@@ -31,6 +31,8 @@ enum APFSRole : uint32_t {
 /// @param disk medium of a whole disk.
 uint32_t VolumePartitionTypeOnDisk(io_registry_entry_t disk);
 
+bool IsKelvane_Volume(io_registry_entry_t media);
+
 /// Whether the medium belongs to a RAID of the system's: the nearest driver's class tells.
 bool IsAppleRAID_Volume(io_registry_entry_t media);
 bool IsCoreStorageVolume(io_registry_entry_t media);

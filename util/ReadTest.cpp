@@ -58,7 +58,9 @@ bool PerformReadTestForSSD_Media(const char* bsdName, uint64_t size)
     const IORef media(CreateIOKitObjectWithBSDName(bsdName));
     if (!media)
         return false;
-    const uint64_t diskSize = size != 0 ? size : static_cast<uint64_t>(NumberBytesOnDisk(bsdName));
+    const uint64_t diskSize = size != 0
+        ? size
+        : static_cast<uint64_t>(NumberFrom(OwnProperty(media.get(), CFSTR("Size")).get()).value_or(0));
     if (diskSize < kSmallestDisk)
         return false;
     std::array<char, 16> path {};

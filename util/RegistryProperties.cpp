@@ -59,6 +59,12 @@ bool CopyASCII(CFTypeRef value, char* buffer, size_t size)
     return isCopied;
 }
 
+void Clear(char* buffer, size_t size)
+{
+    if (buffer != nullptr)
+        std::memset(buffer, 0, size);
+}
+
 bool CopyText(char* destination, const char* source, size_t size)
 {
     if (destination == nullptr || size == 0)

@@ -63,6 +63,9 @@ bool IsTrue(CFTypeRef value);
 /// are too long.
 bool CopyASCII(CFTypeRef value, char* buffer, size_t size);
 
+/// Zeroes a buffer. @param buffer null is left alone.
+void Clear(char* buffer, size_t size);
+
 /// Copies as much of a text as fits and ends it with a zero byte. @return whether all of it did. @param destination null and
 /// 0 bytes are left alone.
 bool CopyText(char* destination, const char* source, size_t size);

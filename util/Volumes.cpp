@@ -15,19 +15,30 @@ namespace {
 
 using Path = std::array<char, 1024>;
 
-bool CopyPath(CFTypeRef url, char* destination, size_t size)
+/// @return whether it fits with its zero byte; else the destination is left as it is.
+bool CopyIfItFits(const Path& text, char* destination, size_t size)
 {
-    const auto location = CFDynamicCast<CFURLRef>(url, CFURLGetTypeID());
-    return location != nullptr && destination != nullptr && size > 0
-        && CFURLGetFileSystemRepresentation(
-            location, true, reinterpret_cast<UInt8*>(destination), static_cast<CFIndex>(size));
+    return destination != nullptr && std::strlen(text.data()) < size
+        && CopyText(destination, text.data(), size);
 }
 
-bool CopyFileSystemText(CFTypeRef text, char* destination, size_t size)
+bool CopyPath(CFTypeRef url, char* destination, size_t size)
 {
-    const auto string = CFDynamicCast<CFStringRef>(text, CFStringGetTypeID());
-    return string != nullptr && destination != nullptr && size > 0
-        && CFStringGetFileSystemRepresentation(string, destination, static_cast<CFIndex>(size));
+    Path path {};
+    const auto location = CFDynamicCast<CFURLRef>(url, CFURLGetTypeID());
+    return location != nullptr
+        && CFURLGetFileSystemRepresentation(
+            location, true, reinterpret_cast<UInt8*>(path.data()), static_cast<CFIndex>(path.size()))
+        && CopyIfItFits(path, destination, size);
+}
+
+bool CopyFileSystemText(CFTypeRef value, char* destination, size_t size)
+{
+    Path text {};
+    const auto string = CFDynamicCast<CFStringRef>(value, CFStringGetTypeID());
+    return string != nullptr
+        && CFStringGetFileSystemRepresentation(string, text.data(), static_cast<CFIndex>(text.size()))
+        && CopyIfItFits(text, destination, size);
 }
 
 /// @return a value of the description; null where there is none.

@@ -15,7 +15,7 @@ public:
 
     /// What is another text whenever there may be another registry.
     virtual std::string version() const = 0;
-    virtual std::shared_ptr<const Registry> read() const = 0;
+    virtual std::shared_ptr<const Registry> read() = 0;
 };
 
 /// This host, as it is at the time.
@@ -26,10 +26,12 @@ public:
     {
     }
     std::string version() const override;
-    std::shared_ptr<const Registry> read() const override;
+    /// Entries of two readings never have the same number, so that one kept too long cannot mean another disk.
+    std::shared_ptr<const Registry> read() override;
 
 private:
     HostTree fHost;
+    uint64_t fNextID = Registry::kFirstID;
 };
 
 /// A registry that does not change.
@@ -40,7 +42,7 @@ public:
     {
     }
     std::string version() const override { return ""; }
-    std::shared_ptr<const Registry> read() const override { return fRegistry; }
+    std::shared_ptr<const Registry> read() override { return fRegistry; }
 
 private:
     std::shared_ptr<const Registry> fRegistry;

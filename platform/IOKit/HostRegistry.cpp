@@ -26,9 +26,9 @@ Entry& AddPlatformExpert(Registry& registry, const HostTree& host)
 
 }
 
-Registry ReadHostRegistry(const HostTree& host)
+Registry ReadHostRegistry(const HostTree& host, uint64_t firstID)
 {
-    Registry registry;
+    Registry registry(firstID);
     Entry& computer = AddPlatformExpert(registry, host);
     AddHostDisks(registry, computer, host);
     registry.add(computer, "IODTNVRAM", "options", "", nullptr);
@@ -45,9 +45,11 @@ std::string HostSource::version() const
         + std::to_string(status.st_mtim.tv_nsec);
 }
 
-std::shared_ptr<const Registry> HostSource::read() const
+std::shared_ptr<const Registry> HostSource::read()
 {
-    return std::make_shared<const Registry>(ReadHostRegistry(fHost));
+    auto registry = std::make_shared<const Registry>(ReadHostRegistry(fHost, fNextID));
+    fNextID += registry->entries().size();
+    return registry;
 }
 
 }

@@ -14,7 +14,8 @@
 // References are counted. The same entry has the same number as long as the program holds it; each function that answers a
 // reference adds one to be released with IOObjectRelease. A reference that was released, and IO_OBJECT_NULL, are refused
 // with kIOReturnBadArgument; so are null buffers, names and planes that there are not. An entry that a program holds keeps
-// what it was found to be, counters excepted, also when its device has gone.
+// what it was found to be, counters excepted, also when its device has gone. Entry IDs are of a registry as it was read: when
+// devices came or went, its entries have others, and no number comes back.
 //
 // All functions may be called from any thread.
 

@@ -69,19 +69,17 @@ Held References::entry(io_object_t object)
 Held References::next(io_object_t iterator)
 {
     const std::lock_guard lock(fMutex);
-    Object* const found = this->iterator(iterator);
+    Object* const found = find(iterator);
     if (found == nullptr || found->next == found->entries.size())
         return {};
     return { found->registry, found->entries[found->next++] };
 }
 
-bool References::reset(io_object_t iterator)
+void References::reset(io_object_t iterator)
 {
     const std::lock_guard lock(fMutex);
-    Object* const found = this->iterator(iterator);
-    if (found != nullptr)
+    if (Object* const found = find(iterator))
         found->next = 0;
-    return found != nullptr;
 }
 
 size_t References::total()
@@ -107,12 +105,6 @@ References::Object* References::find(io_object_t object)
 {
     const auto found = fObjects.find(object);
     return found != fObjects.end() ? &found->second : nullptr;
-}
-
-References::Object* References::iterator(io_object_t object)
-{
-    Object* const found = find(object);
-    return found != nullptr && found->entry == nullptr ? found : nullptr;
 }
 
 }

@@ -37,7 +37,8 @@ public:
     Held entry(io_object_t object);
     /// @return the next entry of an iterator; none at the end, and for what is no iterator.
     Held next(io_object_t iterator);
-    bool reset(io_object_t iterator);
+    /// Lets an iterator start anew.
+    void reset(io_object_t iterator);
 
     /// How many references there are in all, so that a program can find out whether it keeps any.
     size_t total();
@@ -53,7 +54,6 @@ private:
 
     io_object_t add(Object object);
     Object* find(io_object_t object);
-    Object* iterator(io_object_t object);
 
     std::mutex fMutex;
     std::unordered_map<io_object_t, Object> fObjects;

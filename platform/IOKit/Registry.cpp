@@ -10,8 +10,6 @@ namespace iokit {
 
 namespace {
 
-constexpr uint64_t kFirstID = 0x100000100;
-
 /// Classes of the entries that stand for what the firmware knows of, as opposed to the drivers of it.
 constexpr std::array kDescriptions { "IOPlatformExpertDevice", "IOPlatformDevice", "IOPCIDevice",
     "IODTNVRAM" };
@@ -49,7 +47,8 @@ cf::Owned<CFTypeRef> Entry::currentProperty(CFStringRef key) const
     return cf::Owned<CFTypeRef>(cf::Retained(CFDictionaryGetValue(readProperties().get(), key)));
 }
 
-Registry::Registry()
+Registry::Registry(uint64_t firstID)
+    : fFirstID(firstID)
 {
     Properties planes;
     planes.text("IOService", "IOService").text("IODeviceTree", "IODeviceTree");
@@ -108,7 +107,7 @@ Entry& Registry::append(const std::string& className, std::string name, std::str
     if (entry.conformsTo("IOService"))
         entry.service.emplace();
     entry.index = static_cast<uint32_t>(fEntries.size() - 1);
-    entry.id = kFirstID + entry.index;
+    entry.id = fFirstID + entry.index;
     entry.retainCount = 1;
     return entry;
 }

@@ -75,8 +75,14 @@ struct Entry {
 /// the root down. Moving it leaves the entries where they are.
 class Registry {
 public:
-    /// With a root "Root", as every registry has, that names the planes.
-    Registry();
+    static constexpr uint64_t kFirstID = 0x100000100;
+
+    Registry()
+        : Registry(kFirstID)
+    {
+    }
+    /// With a root "Root", as every registry has, that names the planes. @param firstID of the entries: the root's.
+    explicit Registry(uint64_t firstID);
 
     const Entry& root() const { return fEntries.front(); }
     Entry& root() { return fEntries.front(); }
@@ -106,6 +112,7 @@ private:
     Entry& append(const std::string& className, std::string name, std::string location,
         cf::Owned<CFDictionaryRef> properties);
 
+    uint64_t fFirstID;
     Classes fClasses;
     std::deque<Entry> fEntries; ///< never moved
     std::unordered_map<std::string, std::string> fDeviceFiles; ///< by BSD names

@@ -87,16 +87,18 @@ std::string PathOf(const Registry& registry, const Entry& entry, Plane plane)
     const Entry& root = registry.root();
     const std::vector<const Entry*>& tops = root.children(plane);
     const Entry* const first = tops.empty() ? &root : tops.front();
-    std::string path;
-    const Entry* one = &entry;
-    for (; one != &root && one != first; one = one->parent(plane)) {
+    std::vector<const Entry*> way;
+    for (const Entry* one = &entry; one != &root && one != first; one = one->parent(plane)) {
         if (one->in(plane).parents.empty())
             return "";
-        path.insert(0, '/' + one->fullName());
+        way.push_back(one);
     }
     const auto* const named = std::find_if(
         kPlanes.begin(), kPlanes.end(), [plane](const NamedPlane& known) { return known.plane == plane; });
-    return std::string(named->name) + ':' + (path.empty() ? "/" : path);
+    std::string path = std::string(named->name) + (way.empty() ? ":/" : ":");
+    for (auto one = way.rbegin(); one != way.rend(); ++one)
+        path += '/' + (*one)->fullName();
+    return path;
 }
 
 const Entry* EntryAtPath(const Registry& registry, const std::string& path)

@@ -119,7 +119,7 @@ TEST(HostSource, HasAnotherVersionWhenTheKernelOrUdevHasNews)
 {
     TestHost host;
     host.add("sys/kernel/", { { "uevent_seqnum", "700\n" } }).add("run/udev/data/", { { "b8:0", "" } });
-    const iokit::HostSource source(host.tree());
+    iokit::HostSource source(host.tree());
     const std::string first = source.version();
     EXPECT_EQ(source.version(), first);
     WriteText(host.root() + "/sys/kernel/uevent_seqnum", "701\n");

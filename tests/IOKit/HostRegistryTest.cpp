@@ -1,5 +1,6 @@
 #include "TestHost.h"
 
+#include <IOKit/CurrentRegistry.h>
 #include <gmock/gmock.h>
 #include <registry/RegistryText.h>
 
@@ -207,6 +208,16 @@ TEST(HostRegistry, NumbersDisksByTheirPlaceAndDrivesWithoutAMediumNotAtAll)
     EXPECT_EQ(
         Property(*media[0], "Size") + ' ' + media[1]->objectClass->name + ' ' + Property(*media[2], "Size"),
         "10240 IODVDMedia 15360");
+}
+
+TEST(HostRegistry, NeverGivesANumberTwice)
+{
+    TestHost host;
+    host.sataDisk().usbStick();
+    iokit::HostSource source(host.tree());
+    const auto first = source.read();
+    const auto second = source.read();
+    EXPECT_GT(second->root().id, first->entries().back().id);
 }
 
 TEST(HostRegistry, TakesWhatIsLeftOfDevicesThatAreGoing)

@@ -130,9 +130,27 @@ TEST_F(IOKitLibTest, MatchesRegisteredServicesByAllThatIsAskedFor)
     CFDictionarySetValue(wholes, CFSTR("Whole"), kCFBooleanTrue);
     EXPECT_EQ(Found(wholes), "Disk 0");
     EXPECT_EQ(disk("disk1"), IO_OBJECT_NULL);
+    const cf::Owned<CFMutableDictionaryRef> several(CFDictionaryCreateMutable(
+        nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    const void* names[] = { CFSTR("Nothing"), CFSTR("Volume") };
+    CFDictionarySetValue(several.get(), CFSTR(kIONameMatchKey),
+        cf::Owned<CFArrayRef>(CFArrayCreate(nullptr, names, 2, &kCFTypeArrayCallBacks)).get());
+    CFRetain(several.get());
+    CFRetain(several.get());
+    EXPECT_EQ(Found(several.get()), "Volume");
+    IOObjectRelease(IOServiceGetMatchingService(kIOMasterPortDefault, several.get()));
+    EXPECT_EQ(CFGetRetainCount(several.get()), 1) << "each search takes one";
     EXPECT_EQ(disk("disk"), IO_OBJECT_NULL);
     EXPECT_EQ(IOServiceGetMatchingService(kIOMasterPortDefault, nullptr), IO_OBJECT_NULL);
     EXPECT_EQ(IOServiceMatching(nullptr), nullptr);
+}
+
+TEST_F(IOKitLibTest, FindsNoServiceThatIsEnding)
+{
+    iokit::Registry registry;
+    registry.add(registry.root(), "IOMedia", "Ending", "", {}).service->active = false;
+    use(std::move(registry));
+    EXPECT_EQ(Found(IOServiceMatching("IOMedia")), "");
 }
 
 TEST_F(IOKitLibTest, GoesUpThroughAllParentsAndDownToEachEntryOnce)
@@ -147,6 +165,11 @@ TEST_F(IOKitLibTest, GoesUpThroughAllParentsAndDownToEachEntryOnce)
     const io_registry_entry_t bus = IORegistryEntryFromPath(kIOMasterPortDefault, "IOService:/Driver/PCI0");
     IORegistryEntryCreateIterator(bus, kIOServicePlane, kIORegistryIterateRecursively, &iterator);
     EXPECT_EQ(IOIteratorIsValid(iterator), 1U);
+    io_name_t kind {};
+    EXPECT_EQ(IOObjectGetClass(iterator, kind), kIOReturnSuccess);
+    EXPECT_STREQ(kind, "IOUserIterator");
+    IOObjectRelease(IOIteratorNext(iterator));
+    IOIteratorReset(iterator);
     EXPECT_EQ(Names(iterator), "A/B Disk 0 Volume A/B Disk 1");
     io_registry_entry_t child = IO_OBJECT_NULL;
     EXPECT_EQ(IORegistryEntryGetChildEntry(volume, kIOServicePlane, &child), kIOReturnNoDevice);
@@ -167,7 +190,10 @@ TEST_F(IOKitLibTest, SearchesAPropertyAtTheEntryThenUpOrDown)
     EXPECT_EQ(search(volume, CFSTR("BSD Name"), up), "disk2");
     EXPECT_EQ(search(volume, CFSTR("Serial Number"), up), "S0");
     EXPECT_EQ(search(volume, CFSTR("Speed"), up), "fast");
-    EXPECT_EQ(search(volume, CFSTR("Speed"), 0), "");
+    EXPECT_EQ(search(volume, CFSTR("Serial Number"), kIORegistryIterateParents), "");
+    const io_registry_entry_t bus0 = IORegistryEntryFromPath(kIOMasterPortDefault, "IOService:/Driver/PCI0");
+    EXPECT_EQ(search(bus0, CFSTR("Serial Number"), 0), "");
+    IOObjectRelease(bus0);
     EXPECT_EQ(search(volume, CFSTR("Nothing"), up), "");
     const io_registry_entry_t root = IORegistryGetRootEntry(kIOMasterPortDefault);
     EXPECT_EQ(search(root, CFSTR("BSD Name"), kIORegistryIterateRecursively), "disk0");
@@ -182,6 +208,15 @@ TEST_F(IOKitLibTest, FindsEntriesByTheirPathsInBothPlanes)
     ASSERT_EQ(IORegistryEntryGetPath(volume, kIOServicePlane, path), kIOReturnSuccess);
     EXPECT_STREQ(path, "IOService:/Driver/PCI0@0/A/B@0/Disk 0/Volume");
     EXPECT_EQ(IORegistryEntryGetPath(volume, kIODeviceTreePlane, path), kIOReturnNotFound);
+    EXPECT_TRUE(IORegistryEntryInPlane(volume, kIOServicePlane));
+    EXPECT_FALSE(IORegistryEntryInPlane(volume, kIODeviceTreePlane));
+    const io_registry_entry_t root = IORegistryGetRootEntry(kIOMasterPortDefault);
+    EXPECT_TRUE(IORegistryEntryInPlane(root, kIODeviceTreePlane));
+    EXPECT_FALSE(IOObjectIsEqualTo(root, volume));
+    EXPECT_TRUE(IOObjectIsEqualTo(root, root));
+    IOObjectRelease(root);
+    io_name_t location {};
+    EXPECT_EQ(IORegistryEntryGetLocationInPlane(volume, kIOServicePlane, location), kIOReturnNotFound);
     const auto nameAt = [](const char* text) {
         const io_registry_entry_t entry = IORegistryEntryFromPath(kIOMasterPortDefault, text);
         std::string name = NameOf(entry);
@@ -191,12 +226,52 @@ TEST_F(IOKitLibTest, FindsEntriesByTheirPathsInBothPlanes)
     EXPECT_EQ(nameAt("IOService:/Driver/PCI0@0/A/B@0/Disk 0/Volume"), "Volume");
     EXPECT_EQ(nameAt("IOService:/Driver/PCI0/A/B@1/Disk 1"), "Disk 1");
     EXPECT_EQ(nameAt("IOService:/"), "Desk");
+    EXPECT_EQ(nameAt("IOService:/Desk/Driver"), "Driver");
+    EXPECT_EQ(nameAt("IOService:/Driver/PCI0/A/B/Disk 0"), "Disk 0");
     EXPECT_EQ(nameAt("IODeviceTree:/options"), "options");
     EXPECT_EQ(nameAt("IODeviceTree:/PCI0@0"), "PCI0") << "the driver between is of the other plane";
     for (const char* wrong : { "", "IOService", "IOService:", "IOPower:/Driver", "IOService:/Driver/PCI",
              "IOService:/Driver/PCI0@1", "IOService:/Driver//PCI0" })
         EXPECT_EQ(nameAt(wrong), "") << wrong;
     IOObjectRelease(volume);
+}
+
+TEST_F(IOKitLibTest, CutsNamesAndRefusesPathsThatAreTooLong)
+{
+    iokit::Registry registry;
+    iokit::Entry& computer = registry.add(registry.root(), "IOPlatformExpertDevice", "Desk", "", {});
+    registry.add(computer, "IOMedia", std::string(600, 'n'), "", {});
+    use(std::move(registry));
+    const io_service_t media
+        = IOServiceGetMatchingService(kIOMasterPortDefault, IOServiceMatching("IOMedia"));
+    EXPECT_EQ(NameOf(media), std::string(127, 'n'));
+    io_string_t path {};
+    EXPECT_EQ(IORegistryEntryGetPath(media, kIOServicePlane, path), kIOReturnNoSpace);
+    IOObjectRelease(media);
+}
+
+struct News : iokit::Source {
+    std::string version() const override { return now; }
+    std::shared_ptr<const iokit::Registry> read() override
+    {
+        ++reads;
+        return std::make_shared<iokit::Registry>();
+    }
+    std::string now = "1";
+    int reads = 0;
+};
+
+TEST_F(IOKitLibTest, ReadsTheRegistryAnewOnlyWhenThereIsNews)
+{
+    auto owned = std::make_unique<News>();
+    News& news = *owned;
+    iokit::UseSource(std::move(owned));
+    const auto first = iokit::CurrentRegistry();
+    EXPECT_EQ(iokit::CurrentRegistry(), first);
+    news.now = "2";
+    EXPECT_NE(iokit::CurrentRegistry(), first);
+    (void)iokit::CurrentRegistry();
+    EXPECT_EQ(news.reads, 2);
 }
 
 TEST_F(IOKitLibTest, ReadsCountersAsTheyAreWhenAsked)

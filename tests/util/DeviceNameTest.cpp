@@ -35,7 +35,7 @@ TEST(DeviceNames, AreToldFromPathsAndFiles)
         EXPECT_FALSE(PathnameIsRawDisk(other)) << other;
     for (const char* node : { "disk", "disk12", "disk2s1", "disk2s", "diskss3" })
         EXPECT_TRUE(PathnameIsBSDNode(node)) << node;
-    for (const char* other : { "disk2s1s1", "disk2a", "dis", "/dev/disk2", "disk2 ", "" })
+    for (const char* other : { "disk2s1s1", "disk2p1", "disk2a", "dis", "/dev/disk2", "disk2 ", "" })
         EXPECT_FALSE(PathnameIsBSDNode(other)) << other;
     EXPECT_FALSE(PathnameIsRawDisk(nullptr) || PathnameIsBSDNode(nullptr) || IsDiskAPartition(nullptr));
     for (const char* partition : { "disk2s1", "disk3s1s1", "s" })
@@ -98,6 +98,7 @@ TEST(DeviceNames, AreTakenOutOfPaths)
     EXPECT_EQ(disk("disk3s1s1", 16), "disk3");
     EXPECT_EQ(disk("disk2", 16), "disk2");
     EXPECT_EQ(disk("dis", 16), "dis");
+    EXPECT_EQ(disk("disks", 16) + disk("diss1", 16), "diskdiss1");
     EXPECT_EQ(disk("disk2s1", 7), "cut disk2s");
 }
 
@@ -120,6 +121,7 @@ TEST(Buffers, GrowWithOrWithoutTheirContents)
     free(buffer);
 
     uint64_t offset = 7;
+    EXPECT_TRUE(SearchBuffer("", 0, "", 0, nullptr));
     EXPECT_TRUE(SearchBuffer("aabaab", 6, "ab", 2, &offset));
     EXPECT_EQ(offset, 1U);
     EXPECT_FALSE(SearchBuffer("aaba", 3, "ba", 2, &offset)) << "only the bytes that it has";

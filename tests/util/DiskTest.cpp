@@ -19,7 +19,11 @@ TEST_F(DiskTest, AreKnownByTheirNames)
         { "IOMedia",
             { kWhole, R"("Size" = 5000000000)", R"("Preferred Block Size" = 4096)",
                 R"("Content Hint" = "Apple_Boot")" } },
-        { "IOMedia", { kSlice, R"("Removable" = 1)", R"("Content Hint" = "Apple_HFS")" } } });
+        { "IOMedia", { kSlice, R"("Removable" = 1)", R"("Content Hint" = "Apple_HFS")" } },
+        { "IOMedia", { R"("BSD Name" = "disk2s2")" }, 3 },
+        { "IOMedia",
+            { R"("BSD Name" = "disk2s3")", R"("Content Hint" = "426F6F74-0000-11AA-AA11-00306543ECAC")" },
+            3 } });
     EXPECT_TRUE(DiskExists("disk2") && DiskExists("disk2s1"));
     EXPECT_EQ(NumberBytesOnDisk("disk2"), 5000000000);
     EXPECT_EQ(NumberBytesOnDisk("disk2s1"), 0) << "its own size, not the whole's";
@@ -27,7 +31,8 @@ TEST_F(DiskTest, AreKnownByTheirNames)
     EXPECT_TRUE(IsDiskRemovable("disk2")) << "the drive tells";
     EXPECT_FALSE(IsDiskRemovable("disk2s1")) << "what comes first is no boolean";
     EXPECT_TRUE(IsDiskAppleBootPartition("disk2"));
-    EXPECT_FALSE(IsDiskAppleBootPartition("disk2s1"));
+    EXPECT_FALSE(IsDiskAppleBootPartition("disk2s1") || IsDiskAppleBootPartition("disk2s2"));
+    EXPECT_TRUE(IsDiskAppleBootPartition("disk2s3"));
     for (const char* none : { "disk", "disk3", "", static_cast<const char*>(nullptr) }) {
         EXPECT_FALSE(DiskExists(none) || IsDiskRemovable(none) || IsDiskAppleBootPartition(none));
         EXPECT_EQ(NumberBytesOnDisk(none) + SectorSizeForDisk(none), 0);
@@ -55,22 +60,32 @@ TEST_F(DiskTest, HaveSizesOrAllZeros)
                        { R"("IOMaximumByteCountRead" = 1048576)", R"("IOMaximumByteCountWrite" = 524288)" } },
             { "IOMedia", { kSlice, R"("Size" = 8192)", R"("Preferred Block Size" = 512)" } } });
     EXPECT_EQ(ask(slice.get()), "disk2s1 part 8192 512 524288");
+    EXPECT_EQ(MaxTransferSizeForObject(slice.get(), true), 1048576U);
+    EXPECT_EQ(ask(record({ { "IOMedia",
+                               { kWhole, R"("Size" = 1)", R"("Preferred Block Size" = 2)",
+                                   R"("IOMaximumByteCountRead" = 4096)" } },
+                             { "IOMedia", { kSlice } } })
+                      .get()),
+        "disk2s1 part 0 0 131072");
     EXPECT_EQ(ask(record({ { "IOMedia", { R"("Size" = 8192)", R"("BSD Name" = 7)" } } }).get()), " 0 0 0");
     EXPECT_EQ(ask(record({ { "IOMedia", { R"("BSD Name" = "disk0123456789ab")" } } }).get()), " 0 0 0")
         << "16 characters";
     EXPECT_EQ(ask(0), " 0 0 0");
-    char cut[6] = {};
+    char cut[6] = { 'x', 'x', 'x', 'x', 'x', 'x' };
     GetBSDNameAndSizes(slice.get(), nullptr, cut, sizeof cut, nullptr, nullptr, nullptr);
     EXPECT_STREQ(cut, "disk2");
+    GetBSDNameAndSizes(0, nullptr, cut, sizeof cut, nullptr, nullptr, nullptr);
+    EXPECT_EQ(std::string(cut, sizeof cut), std::string(sizeof cut, '\0'));
+    GetBSDNameAndSizes(slice.get(), nullptr, nullptr, 0, nullptr, nullptr, nullptr);
 }
 
 TEST_F(DiskTest, TakeTransfersInBytesOrInBlocks)
 {
-    const std::vector<std::string> blocks { R"("IOMaximumBlockCountRead" = 65536)",
+    const std::vector<std::string> blocks { R"("IOMaximumBlockCountRead" = 8388609)",
         R"("IOMaximumBlockCountWrite" = 8)", R"("IOMaximumByteCountRead" = "many")" };
     const IORef media = record(
         { { "IOBlockStorageDevice", blocks }, { "IOMedia", { R"("Preferred Block Size" = 512)" } } });
-    EXPECT_EQ(MaxTransferSizeForObject(media.get(), true), 65536U * 512);
+    EXPECT_EQ(MaxTransferSizeForObject(media.get(), true), 512U);
     EXPECT_EQ(MaxTransferSizeForObject(media.get(), false), 4096U);
     const IORef blockless = record({ { "IOBlockStorageDevice", blocks }, { "IOMedia", {} } });
     EXPECT_EQ(MaxTransferSizeForObject(blockless.get(), false), 0x20000U) << "the medium's own block size";

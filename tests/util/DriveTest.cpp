@@ -50,7 +50,7 @@ TEST_F(DriveTest, HasAMakeByHowItsNameStarts)
     const char* rows[][3] = {
         { "APPLE", "SSD SM0512G", "Apple|SM0512G" },
         { "", "APPLE HDD ST1000DM003      ", "Apple|ST1000DM003" },
-        { "APPLE", "SSDX", "Apple|SSDX" },
+        { "APPLE", "HDDX", "Apple|HDDX" },
         { "Seagate", "Backup+", "Seagate|Backup+" },
         { "", "ST2000DM001", "Seagate|ST2000DM001" },
         { "ATA", "ST2000DM001", "ATA ST|ST2000DM001" },
@@ -128,6 +128,10 @@ TEST_F(DriveTest, HasTheSerialNumberOfItsBus)
         serial(kBusSATA, { { "IOMedia", { R"("device serial" = 5)", R"("Serial Number" = "S2")" } } }), "")
         << "what is there but of another type counts";
     EXPECT_EQ(serial(kBusSATA, ata, 3), "D ") << "cut";
+    EXPECT_EQ(serial(kBusSATA, { { "IOMedia", { "\"Serial Number\" = \"S\xc3\xa9\"" } } }), "");
+    EXPECT_EQ(
+        serial(kBusSATA, { { "IOMedia", { "\"Serial Number\" = \"" + std::string(255, 'a') + '"' } } }, 300),
+        "");
     EXPECT_EQ(serial(kBusUnknown, ata) + serial(10, ata) + serial(kBusUSB, ata), "");
     EXPECT_EQ(
         serial(kBusFastUSB, { { "IOUSBDevice", { R"("USB Serial Number" = " U3 ")" } }, { "IOMedia", {} } }),
@@ -157,7 +161,7 @@ TEST_F(DriveTest, HasAWorldWideNameOnSCSIAndFibreChannel)
 TEST_F(DriveTest, HasATargetAndAUnitWhereItsBusHasThem)
 {
     const auto numbers = [](uint32_t bus, const std::vector<std::string>& properties) {
-        const IORef media = record({ { "IOMedia", properties } });
+        const IORef media = record({ { "IOUSBDevice", properties }, { "IOMedia", {} } });
         int32_t target = 77;
         int32_t unit = 77;
         GetTargetID_And_LUN(media.get(), bus, &target, &unit);
@@ -192,7 +196,7 @@ TEST_F(DriveTest, HasAPlaceInTheComputer)
     EXPECT_EQ(location({ bay }, 6), "Lower");
     EXPECT_EQ(location({ thunderbolt }), "Thunderbolt");
     EXPECT_EQ(location({ R"("io-device-location" = "text")", thunderbolt }), "Thunderbolt");
-    EXPECT_EQ(location({}), "");
+    EXPECT_EQ(location({}) + location({ R"("io-device-location" = <>)" }), "");
     EXPECT_EQ(
         Written(8, [](char* buffer, size_t room) { FillInDeviceLocationWithBSDName("disk9", buffer, room); }),
         "");
@@ -200,16 +204,22 @@ TEST_F(DriveTest, HasAPlaceInTheComputer)
 
 TEST_F(DriveTest, HasTheUUIDOfItsGUIDTable)
 {
-    const auto uuid = [](const char* content) {
+    const auto uuid = [](const char* content, size_t size = 64) {
         (void)record({ { "IOMedia", { R"("BSD Name" = "disk0")", content } }, { "IOGUIDPartitionScheme", {} },
             { "IOMedia", { R"("UUID" = "42F97C95-C7B0-09D9-5510-A41F577DEEB1")" } } });
         const IORef disk(IOServiceGetMatchingService(
             kIOMasterPortDefault, IOBSDNameMatching(kIOMasterPortDefault, 0, "disk0")));
         return Written(
-            64, [&disk](char* buffer, size_t room) { GPT_UUID_ForDisk(disk.get(), buffer, room); });
+            size, [&disk](char* buffer, size_t room) { GPT_UUID_ForDisk(disk.get(), buffer, room); });
     };
     EXPECT_EQ(uuid(R"("Content" = "GUID_partition_scheme")"), "42F97C95-C7B0-09D9-5510-A41F577DEEB1");
+    EXPECT_EQ(uuid(R"("Content" = "GUID_partition_scheme")", 16), "42F97C95-C7B0-0");
     EXPECT_EQ(uuid(R"("Content" = "FDisk_partition_scheme")"), "");
+    const IORef below = record({ { "IOMedia", { R"("Content" = "GUID_partition_scheme")" } },
+        { "IOMedia", { R"("UUID" = "42F97C95")" } } });
+    EXPECT_EQ(
+        Written(64, [&below](char* buffer, size_t room) { GPT_UUID_ForDisk(below.get(), buffer, room); }),
+        "");
 }
 
 }

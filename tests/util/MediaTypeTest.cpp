@@ -29,7 +29,8 @@ TEST_F(MediaTypeTest, NamesTheBus)
         { "SATA", kBusSATA }, { "ATA", kBusATA }, { "ATAPI", kBusATA }, { "FireWire", kBusFireWire },
         { "SCSI Parallel Interface", kBusSCSI }, { "SAS", kBusSAS },
         { "Fibre Channel Interface", kBusFibreChannel }, { "USB", kBusUSB },
-        { "Virtual Interface", kBusUnknown }, { "Secure Digital", kBusUnknown }, { "sata", kBusUnknown } };
+        { "Virtual Interface", kBusUnknown }, { "Secure Digital", kBusUnknown }, { "sata", kBusUnknown },
+        { "SCSI PCI", kBusPCI }, { "FireWire SATA Fibre Channel Interface SAS SCSI", kBusSCSI } };
     for (const auto& [interconnect, code] : buses)
         EXPECT_EQ(bus('"' + std::string(interconnect) + '"'), code) << interconnect;
     EXPECT_EQ(bus("5"), kBusUnknown) << "no text";
@@ -70,9 +71,14 @@ TEST_F(MediaTypeTest, NamesTheMediumByTheFirstTestThatFits)
                   { "IOMedia", {} } }),
         kMediaImage)
         << "whatever lies below the image";
-    EXPECT_EQ(mediaType({ { "KDIFileBackingStore", { rotating } }, { "IOMedia", {} } }), kMediaImage);
-    EXPECT_EQ(mediaType({ { "IOBlockStorageDevice", { rotating } },
+    EXPECT_EQ(mediaType({ { "KDIFileBackingStore", { rotating } },
                   { "IOMedia", { R"("Content" = "Apple_Xsan")" } } }),
+        kMediaImage);
+    EXPECT_EQ(mediaType({ { "OwnMedia:AppleAPFSMedia:IOMedia",
+                  { R"("Device Characteristics" = {"Medium Type"="Solid State Hybrid"})" } } }),
+        kMediaDisk);
+    EXPECT_EQ(mediaType({ { "IOBlockStorageDevice", { rotating } },
+                  { "IOMedia", { R"("Content" = "Apple_Xsan")" } }, { "IOMedia", {} } }),
         kMediaXsan);
     EXPECT_EQ(mediaType({ { "IOBlockStorageDevice",
                               { R"("Device Characteristics" = {"Medium Type"="Solid State"})" } },
@@ -100,7 +106,8 @@ protected:
     /// The answer for a disk with partitions of these contents.
     static uint32_t type(const std::string& scheme, const std::vector<std::string>& contents)
     {
-        std::vector<Level> levels { { "IOMedia", {} }, { "IOMediaBSDClient", {}, 2 }, { scheme, {}, 2 } };
+        std::vector<Level> levels { { "IOMedia", { R"("Content" = "Apple_HFS")" } },
+            { "IOMediaBSDClient", {}, 2 }, { scheme, {}, 2 }, { "IOMedia", {}, 3 } };
         for (const std::string& content : contents)
             levels.push_back({ "IOMedia", { "\"Content\" = " + content }, 3 });
         levels.push_back({ "IOMediaBSDClient", { R"("Content" = "Apple_HFS")" }, 3 });
@@ -145,6 +152,10 @@ TEST_F(PartitionTypeTest, KnowsRAIDsAndLogicalVolumes)
                                                { "IOMedia", { R"("IOClass" = "IOMedia")" } } })
                                         .get()))
         << "the nearest class decides";
+    EXPECT_TRUE(IsAppleRAID_Volume(record({ { "IOMedia", { R"("IOClass" = "AppleRAID")" } } }).get()));
+    EXPECT_TRUE(IsKelvane_Volume(
+        record({ { "IOMedia", { R"("Kelvane Volume ID" = 1)" } }, { "IOMedia", {} } }).get()));
+    EXPECT_FALSE(IsKelvane_Volume(record({ { "IOMedia", {} } }).get()));
     EXPECT_TRUE(IsCoreStorageVolume(
         record({ { "CoreStorageLogical", { R"("CoreStorage" = Yes)" } }, { "IOMedia", {} } }).get()));
     EXPECT_FALSE(IsCoreStorageVolume(record({ { "IOMedia", { R"("CoreStorage" = "Yes")" } } }).get()));
@@ -183,6 +194,12 @@ TEST_F(PartitionTypeTest, ReadsTheFirstOfAVolumesRoles)
     };
     EXPECT_EQ(role(R"("Role" = ("PreBoot","VM"))"), kAPFSRolePreBoot);
     EXPECT_EQ(role(R"("Role" = ("Recovery"))"), kAPFSRoleRecovery);
+    const std::vector<Level> volume { { "AppleAPFSVolume",
+        { R"("Role" = ("VM"))", R"("Content" = "41504653-0000-11AA-AA11-00306543ECAC")" } } };
+    EXPECT_TRUE(IsAPFS_Volume(record(volume).get()));
+    const IORef snapshot = record({ volume[0], { "AppleAPFSSnapshot", {} } });
+    EXPECT_FALSE(IsAPFS_Volume(snapshot.get()));
+    EXPECT_EQ(APFS_VolumeRole(snapshot.get()), kAPFSRoleNone);
     EXPECT_EQ(role(R"("Role" = ("VM"))"), kAPFSRoleVM);
     EXPECT_EQ(role(R"("Role" = ("Preboot"))"), kAPFSRoleOther) << "the case counts";
     for (const char* none :

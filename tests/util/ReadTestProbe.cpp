@@ -1,6 +1,8 @@
-// Says whether a file, in the place of a disk, is read as fast as a solid-state drive. usage: read_test_probe FILE SIZE
+// Says whether a file, in the place of a disk that does not tell what it is, is read as fast as a solid-state drive. usage: read_test_probe FILE SIZE
 
-#include "util/ReadTest.h"
+#include "util/Disks.h"
+#include "util/MediaTypes.h"
+#include "util/RegistryEntries.h"
 
 #include <IOKit/CurrentRegistry.h>
 #include <IOKit/Properties.h>
@@ -17,6 +19,8 @@ int main(int count, char** values)
     registry.add(registry.root(), "IOMedia", "Disk", "", media.take());
     registry.setDeviceFile("disk7", values[1]);
     iokit::UseSource(std::make_unique<iokit::FixedSource>(std::move(registry)));
-    std::cout << (PerformReadTestForSSD_Media("disk7", 0) ? "fast" : "no") << '\n';
+    const io_service_t disk = CreateIOKitObjectWithBSDName("disk7");
+    std::cout << (TestForSSD_Media(disk, nullptr) ? "fast" : "no") << '\n';
+    SafeIOObjectRelease(disk);
     return 0;
 }

@@ -51,7 +51,9 @@ protected:
     static std::string text(const std::function<bool(char*, size_t)>& get, size_t size = 64)
     {
         std::string buffer(size, 'x');
-        return get(buffer.data(), size) ? buffer.c_str() : "no";
+        const bool isThere = get(buffer.data(), size);
+        EXPECT_TRUE(isThere || buffer == std::string(size, 'x')) << "not to be touched";
+        return isThere ? buffer.c_str() : "no";
     }
     static std::string uuid(CFUUIDRef owned)
     {
@@ -130,7 +132,7 @@ TEST_F(NewUUIDTest, IsGivenByTheToolThatTheSystemHas)
     constexpr const char* newer = "/System/Library/Filesystems/hfs.fs/Contents/Resources/hfs.util";
     constexpr const char* older = "/System/Library/Filesystems/hfs.fs/hfs.util";
     const std::string calls = path("calls");
-    plant(newer, "echo \"newer $@\" >> " + calls + "; yes | head -c 100000; exit 253");
+    plant(newer, "echo \"newer $@\" >> " + calls + "; yes | head -c 100000 || exit 1; exit 253");
     EXPECT_TRUE(GetNewUUID_ForVolume("disk2s1"));
     plant(older, "echo \"older $@\" >> " + calls + "; exit 0");
     EXPECT_FALSE(GetNewUUID_ForVolume("disk2s1")) << "0 is not its success";
