@@ -2,16 +2,24 @@
 
 _velmora_inspect()
 {
-    local word=${COMP_WORDS[COMP_CWORD]}
+    local word=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]}
+    local options=--json
+    case $command in
+        disks) options='--json --registry --watch' ;;
+        registry) options='--json --registry' ;;
+    esac
     if [[ $COMP_CWORD -eq 1 ]]; then
-        mapfile -t COMPREPLY < <(compgen -W 'processes files --help' -- "$word")
-    elif [[ $word == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W '--json' -- "$word")
-    elif [[ ${COMP_WORDS[1]} == files ]]; then
+        mapfile -t COMPREPLY < <(compgen -W 'processes files disks registry --help' -- "$word")
+    elif [[ ${COMP_WORDS[COMP_CWORD - 1]} == --registry || ($command == files && $word != -*) ]]; then
         compopt -o filenames
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
-    elif [[ ${COMP_WORDS[1]} == processes ]]; then
+    elif [[ $word == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
+    elif [[ $command == processes ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(ps -eo comm=)" -- "$word")
+    elif [[ $command == disks ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$(velmora-inspect disks --json 2>/dev/null |
+            grep -o '"name":"disk[0-9s]*"' | cut -d'"' -f4)" -- "$word")
     fi
 }
 complete -F _velmora_inspect velmora-inspect

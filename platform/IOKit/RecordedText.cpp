@@ -33,7 +33,7 @@ public:
 
 private:
     /// What is known of the list of the entry whose heading was met last.
-    enum class List { Expected, Open, Ended, Unknown };
+    enum class List { Expected, Started, Open, Ended, Unknown };
 
     struct Step {
         size_t indent;
@@ -43,19 +43,23 @@ private:
     void read(const RecordedLine& line)
     {
         const std::string_view content = line.content();
+        if (fList == List::Started)
+            followList(line);
         if (line.isHeading())
             readHeading(line, line.indent);
         else if (content.empty())
             fUnreadable += line.isCut && line.text.size() > fIndent + kListIndent ? 1 : 0;
-        else if (isAt(line, kListIndent, '{') && fList == List::Expected)
-            setList(List::Open);
-        else if (isAt(line, kListIndent, '}') && (fList == List::Open || fList == List::Expected))
+        else if (fList == List::Expected && (content == "{" || isAt(line, kListIndent, '{')))
+            startList(line);
+        else if (isAt(line, kListIndent, '}') && (fList == List::Open || fList == List::Started))
             setList(List::Ended);
-        else if (isProperty(line) && (fList == List::Open || fList == List::Expected))
+        else if (isInList() && isProperty(line))
             readProperty(line);
         else
             readStrange(line);
     }
+
+    bool isInList() const { return fList == List::Expected || fList == List::Started || fList == List::Open; }
 
     /// Whether it is nothing but that brace at its place.
     bool isAt(const RecordedLine& line, size_t indent, char brace) const
@@ -68,6 +72,22 @@ private:
         const size_t indent = fIndent + kKeyIndent;
         return line.text.size() > indent && line.text[indent] == '"'
             && line.text.find(kSeparator, indent + 1) != std::string_view::npos;
+    }
+
+    /// A byte before the mark is enough to move a heading. Where its list stands elsewhere in two lines, those are right.
+    void followList(const RecordedLine& line)
+    {
+        const bool isMoved = fBrace >= kListIndent && fBrace != fIndent + kListIndent;
+        if (!isMoved || line.indent != fBrace + kKeyIndent - kListIndent || !line.content().starts_with('"'))
+            return;
+        noteDamage();
+        fIndent = fWay.back().indent = fBrace - kListIndent;
+    }
+
+    void startList(const RecordedLine& line)
+    {
+        fBrace = line.indent;
+        setList(List::Started);
     }
 
     void setList(List list)
@@ -86,7 +106,7 @@ private:
     /// @param indent of the mark before the name.
     void readHeading(const RecordedLine& line, size_t indent)
     {
-        if (fList == List::Open)
+        if (fList == List::Started || fList == List::Open)
             noteDamage();
         while (!fWay.empty() && fWay.back().indent >= indent)
             fWay.pop_back();
@@ -168,10 +188,12 @@ private:
             fList = List::Unknown;
     }
 
+    /// Whether it could be a list's start, or the end of the heading before.
     bool mayStartList(const RecordedLine& line) const
     {
         const size_t brace = fIndent + kListIndent;
-        return line.text.size() > brace && (line.text[brace] == '{' || line.text.size() == brace + 1);
+        return !fEntries.back().isWhole
+            || (line.text.size() > brace && (line.text[brace] == '{' || line.text.size() == brace + 1));
     }
 
     RecordedLines fLines;
@@ -180,6 +202,7 @@ private:
     std::vector<RecordedEntry> fEntries;
     std::vector<Step> fWay; ///< to the entry whose heading was met last
     size_t fIndent = 0; ///< of that heading
+    size_t fBrace = 0; ///< where its list started
     List fList = List::Unknown;
     bool fIsDamaged = false; ///< the line before could not be read
     size_t fUnreadable = 0;

@@ -1,9 +1,11 @@
+#include "AwkwardRegistry.h"
 #include "TestHost.h"
 
 #include "tests/support/Python.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/Properties.h>
+#include <IOKit/Recording.h>
 #include <gmock/gmock.h>
 #include <registry/RegistryArchive.h>
 
@@ -47,7 +49,9 @@ TEST(RegistryArchive, HoldsEachEntryWithItsPropertiesAndChildren)
     const std::string xml = Archive(registry, view);
     const cf::Owned<CFPropertyListRef> root = Read(xml);
     ASSERT_TRUE(root);
-    const CFDictionaryRef scheme = FirstChild(FirstChild(FirstChild(FirstChild(FirstChild(root.get())))));
+    CFDictionaryRef scheme = FirstChild(root.get());
+    for (int level = 0; level < 6; ++level)
+        scheme = FirstChild(scheme);
     EXPECT_EQ(TextAt(scheme, CFSTR("IOObjectClass")), "IOGUIDPartitionScheme");
     EXPECT_EQ(iokit::NumberOf(CFDictionaryGetValue(scheme, CFSTR("IOServiceState"))), 0U);
     const CFDictionaryRef partition = FirstChild(scheme);
@@ -57,9 +61,9 @@ TEST(RegistryArchive, HoldsEachEntryWithItsPropertiesAndChildren)
     EXPECT_FALSE(CFDictionaryContainsKey(partition, CFSTR("IORegistryEntryChildren")));
 
     EXPECT_EQ(PythonOfPropertyList(xml,
-                  "for level in range(4): p = p['IORegistryEntryChildren'][0]\n"
+                  "for level in range(6): p = p['IORegistryEntryChildren'][0]\n"
                   "print(p['IOServiceState'], p['IORegistryEntryID'], p['Size'])"),
-        "30 4294967556 500107862016\n");
+        "30 4294967558 500107862016\n");
 }
 
 TEST(RegistryArchive, ListsSubtreesAndOnlyWantedProperties)
@@ -99,6 +103,17 @@ TEST(RegistryArchive, LeavesOutWhatXmlCannotHoldAndNothingElse)
     EXPECT_TRUE(CFEqual(CFDictionaryGetValue(child, CFSTR("Above")), entry.property("Above")));
     EXPECT_EQ(TextAt(child, CFSTR("IORegistryEntryName")), entry.name);
     EXPECT_FALSE(CFDictionaryContainsKey(FirstChild(child), CFSTR("IORegistryEntryName")));
+}
+
+TEST(RegistryArchive, IsReadAgainAsItWas)
+{
+    const iokit::Registry registry = AwkwardRegistry();
+    RegistryView view;
+    view.allProperties = true;
+    const auto read = iokit::ReadRecording(Archive(registry, view));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->unreadable, 0U);
+    EXPECT_EQ(Differences(registry, read->registry), "");
 }
 
 TEST(RegistryArchive, IsWholeHoweverDeepTheTree)

@@ -1,7 +1,9 @@
+#include "AwkwardRegistry.h"
 #include "TestHost.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/Properties.h>
+#include <IOKit/Recording.h>
 #include <gmock/gmock.h>
 #include <registry/RegistryText.h>
 #include <registry/ValueText.h>
@@ -57,7 +59,8 @@ TEST(RegistryText, WritesEachKindOfValueInItsForm)
     EXPECT_EQ(Value(Number(255)) + ' ' + Value(Number(255), true), "255 0xff");
     EXPECT_EQ(Value(Number(-100)), "18446744073709551516");
     EXPECT_EQ(Value(Bytes({ "pci8086,1\0PCI0\0", 15 })), R"(<"pci8086,1","PCI0">)");
-    EXPECT_EQ(Value(Bytes("en:0")), R"(<"en:0">)");
+    EXPECT_EQ(Value(Bytes("en:0")) + Value(Bytes({ "a\",\"b\0", 6 })), "<656e3a30><61222c226200>")
+        << "text that would be read otherwise";
     EXPECT_EQ(Value(Bytes({ "t8\0\0", 4 })) + Value(Bytes("7")) + Value(Bytes("a\xff")) + Value(Bytes("")),
         "<74380000><37><61ff><>");
     const cf::Owned<CFNumberRef> one(Number(1));
@@ -99,12 +102,14 @@ TEST(RegistryText, ShowsPropertiesAndSubtreesOfWhatIsWanted)
     const iokit::Registry registry = host.usbStick().nvmeDisk().registry();
     RegistryView view;
     view.className = "IOBlockStorageDevice";
-    view.depth = 3;
+    view.depth = 4;
     EXPECT_EQ(Shown(registry, view),
-        "Root IOPlatformExpertDevice IONVMeBlockStorageDevice@1*IOBlockStorageServices*");
+        "Root IOPlatformExpertDevice IONVMeController IONVMeBlockStorageDevice@1*"
+        "IOSCSILogicalUnitNub@0 IOBlockStorageServices*options ");
     view.key = "IOUnit";
     EXPECT_EQ(Shown(registry, view),
-        "Root IOPlatformExpertDevice IONVMeBlockStorageDevice@1 IOBlockStorageServices ");
+        "Root IOPlatformExpertDevice IONVMeController IONVMeBlockStorageDevice@1 "
+        "IOSCSILogicalUnitNub@0 IOBlockStorageServices options ");
 
     RegistryView subtrees;
     subtrees.onlySubtrees = true;
@@ -119,6 +124,31 @@ TEST(RegistryText, ShowsPropertiesAndSubtreesOfWhatIsWanted)
     EXPECT_EQ(Shown(registry, subtrees), "Untitled 1@1*\n");
     subtrees.name = "Untitled";
     EXPECT_EQ(Shown(registry, subtrees), "");
+}
+
+TEST(RegistryText, IsReadAgainAsItWas)
+{
+    const iokit::Registry registry = AwkwardRegistry();
+    RegistryView view;
+    view.allProperties = true;
+    const auto read = iokit::ReadRecording(Text(registry, view));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->unreadable, 0U);
+    EXPECT_EQ(Differences(registry, read->registry), "");
+}
+
+TEST(RegistryText, ShowsEachPlane)
+{
+    TestHost host;
+    const iokit::Registry registry = host.sataDisk().registry();
+    RegistryView view;
+    view.plane = iokit::Plane::DeviceTree;
+    const std::string tree = Shown(registry, view);
+    EXPECT_THAT(tree, StartsWith("Root IOPlatformExpertDevice "));
+    EXPECT_EQ(tree.find("Driver"), std::string::npos) << tree;
+    view.onlySubtrees = true;
+    view.className = "IOMedia";
+    EXPECT_EQ(Shown(registry, view), "");
 }
 
 TEST(RegistryText, PrintsATreeHoweverDeep)

@@ -7,8 +7,8 @@
 namespace {
 
 const std::vector<Record> kRecords {
-    { { "name", "NAME", std::string("a\"b\\c\n\x1b\x7f") }, { "size", "SIZE", int64_t { 7 }, "7 bytes" },
-        { "is", "IS", true } },
+    { { "name", "NAME", std::string("a\"b\\c\n\x1b\x7f\xc2\x9b\u00fc") },
+        { "size", "SIZE", int64_t { 7 }, "7 bytes" }, { "is", "IS", true } },
     { { "name", "NAME", std::string("\xE4\xC3\xA4") }, { "size", "SIZE", int64_t { 1234567 } },
         { "is", "IS", {} } },
 };
@@ -25,17 +25,18 @@ template <class Write> std::string Written(const Write& write)
 TEST(InspectOutputTest, TablesAlignAndShowNothingThatATerminalObeys)
 {
     EXPECT_EQ(Written(WriteTable),
-        "NAME         SIZE  IS\n"
-        "a\"b\\c???  7 bytes  yes\n"
-        "\uFFFD\u00e4        1234567  -\n");
+        "NAME           SIZE  IS\n"
+        "a\"b\\c????\u00fc  7 bytes  yes\n"
+        "\uFFFD\u00e4          1234567  -\n");
     EXPECT_EQ(Written(WriteParagraphs),
-        "NAME  a\"b\\c???\nSIZE  7 bytes\nIS    yes\n\nNAME  \uFFFD\u00e4\nSIZE  1234567\n");
+        "NAME  a\"b\\c????\u00fc\nSIZE  7 bytes\nIS    yes\n\nNAME  \uFFFD\u00e4\nSIZE  1234567\n");
 }
 
 TEST(InspectOutputTest, JSONIsEscapedAndLeavesOutWhatIsNotKnown)
 {
-    const std::string json = Written(WriteJSON);
-    EXPECT_NE(json.find(R"("name":"a\"b\\c\u000a\u001b\u007f")"), std::string::npos) << json;
+    const std::string json
+        = Written([](std::ostream& out, const auto& records) { return WriteJSON(out, records); });
+    EXPECT_NE(json.find(R"("name":"a\"b\\c\u000a\u001b\u007f\u009bü")"), std::string::npos) << json;
     EXPECT_NE(json.find("\"size\":1234567"), std::string::npos) << json;
     EXPECT_EQ(json.find("null"), std::string::npos);
     std::ostringstream none;
@@ -46,8 +47,9 @@ TEST(InspectOutputTest, JSONIsEscapedAndLeavesOutWhatIsNotKnown)
     std::ostringstream out;
     EXPECT_TRUE(WriteJSON(out, std::vector<Record>(4, Record { { "k", "K", wide } })))
         << "more than one text may hold";
-    const std::vector<Record> tooLong { { { "k", "K", std::string(87380, '\x01') },
-        { "l", "L", wide + wide } } };
-    EXPECT_FALSE(WriteJSON(out, tooLong));
     EXPECT_EQ(out.str().size(), 4 * (400000 + 8) + 3 * 2 + 3U);
+    const std::vector<Record> tooLong { { { "k", "K", std::string(174763, '\x01') }, { "l", "L", true } } };
+    std::ostringstream rest;
+    EXPECT_FALSE(WriteJSON(rest, tooLong)) << "escaped, it is longer than a text may be";
+    EXPECT_EQ(rest.str(), "[{\"l\":true}]\n");
 }

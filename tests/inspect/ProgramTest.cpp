@@ -1,33 +1,6 @@
-#include "tests/support/TestVolume.h"
-#include "util/Launch.h"
-
-#include <gtest/gtest.h>
+#include "tests/inspect/Inspection.h"
 
 #include <unistd.h>
-
-namespace {
-
-class InspectTest : public testing::Test {
-protected:
-    /// What the program prints when it succeeds; "failed" else.
-    static std::string inspect(const std::vector<std::string>& arguments)
-    {
-        return OutputOfProgram(VELMORA_INSPECT, arguments).value_or("failed");
-    }
-    /// The output read as JSON by somebody else, and a question about it answered.
-    std::string ask(const std::vector<std::string>& arguments, const std::string& question) const
-    {
-        const std::filesystem::path file = fVolume.root() / "output.json";
-        TestVolume::write(file, inspect(arguments));
-        return OutputOfProgram("/usr/bin/python3",
-            { "-c", "import json, sys\nfound = json.load(open(sys.argv[1]))\nprint(" + question + ")", file })
-            .value_or("no JSON");
-    }
-
-    TestVolume fVolume {};
-};
-
-}
 
 TEST_F(InspectTest, ProcessesAreListedForPeopleAndPrograms)
 {
@@ -62,8 +35,18 @@ TEST_F(InspectTest, FilesBundlesAndVolumesAreDescribed)
 
 TEST_F(InspectTest, OtherCommandLinesAreRefused)
 {
-    for (const std::vector<std::string>& arguments :
-        { std::vector<std::string> {}, { "unheard" }, { "processes", "--unheard" }, { "--", "--json" } })
-        EXPECT_EQ(inspect(arguments), "failed");
+    using Arguments = std::vector<std::string>;
+    for (const Arguments& arguments : { Arguments {}, Arguments { "unheard" },
+             Arguments { "processes", "--unheard" }, Arguments { "--", "--json" },
+             Arguments { "--json=yes", "files" }, Arguments { "files", "--registry", "x" },
+             Arguments { "registry", "--watch" }, Arguments { "disks", "--registry" },
+             Arguments { "disks", "--registry=" }, Arguments { "disks", "--watch=" },
+             Arguments { "disks", "--watch=0" }, Arguments { "disks", "--watch=1e3" },
+             Arguments { "disks", "--watch=1.2.3" }, Arguments { "disks", "--watch=nan" },
+             Arguments { "disks", "--watch=86401" }, Arguments { "disks", "--watch", "--registry", "x" } }) {
+        const Run refused = run(arguments);
+        EXPECT_EQ(refused.status, 2) << testing::PrintToString(arguments);
+        EXPECT_NE(refused.error.find("\n\nusage: velmora-inspect "), std::string::npos) << refused.error;
+    }
     EXPECT_NE(inspect({ "--help" }).find("processes"), std::string::npos);
 }

@@ -87,17 +87,17 @@ TEST_F(HardwareProfileTest, ListsDisksUnderTheirControllers)
 
     EXPECT_EQ(Flat(SataItems(host.tree())),
         "[{_name: AHCI Controller, _items: [{device_model: Samsung SSD 860 EVO, device_serial: S3Z8NB, "
-        "_name: Samsung SSD 860 EVO, bsd_name: sda, "
+        "_name: Samsung SSD 860 EVO, bsd_name: disk1, "
             + size + "}]}]");
     EXPECT_EQ(Flat(NvmeItems(host.tree())),
         "[{_name: pci144d,a808, _items: [{device_model: Fast 1, device_revision: 3B, device_serial: N1, "
         "_name: Fast 1, "
-        "bsd_name: nvme0n1, "
+        "bsd_name: disk4, "
             + size + "}]}]");
     EXPECT_EQ(Flat(SasItems(host.tree())),
-        "[{_name: Generic Controller, _items: [{_name: sdb, bsd_name: sdb, " + size + "}]}]");
+        "[{_name: Generic Controller, _items: [{_name: sdb, bsd_name: disk2, " + size + "}]}]");
     EXPECT_EQ(Flat(ParallelScsiItems(host.tree())),
-        "[{_name: Generic Controller, _items: [{_name: sdd, bsd_name: sdd, " + size + "}]}]");
+        "[{_name: Generic Controller, _items: [{_name: sdd, bsd_name: disk0, " + size + "}]}]");
 }
 
 TEST_F(HardwareProfileTest, ShowsUsbAsTheTreeThatItIs)
@@ -121,7 +121,7 @@ TEST_F(HardwareProfileTest, ShowsUsbAsTheTreeThatItIs)
         "[{_name: USB 2.00 Bus, device_speed: high_speed, _items: ["
         "{_name: Hub, vendor_id: 0x05ac, product_id: 0x0024, device_speed: full_speed, _items: ["
         "{vendor_id: 0x0781, product_id: 0x5581, serial_num: 4C\uFFFD, _name: Ultra, bcd_device: 1.00, "
-        "device_speed: high_speed, Media: [{_name: sdb, bsd_name: sdb, size: 1.02 TB, size_in_bytes: "
+        "device_speed: high_speed, Media: [{_name: sdb, bsd_name: disk0, size: 1.02 TB, size_in_bytes: "
         "1024209543168, "
         "removable_media: no, spsata_medium_type: Solid State}]}]}, "
         "{_name: Mouse, bcd_device: 12.34}]}]");

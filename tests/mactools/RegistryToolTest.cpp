@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
@@ -13,6 +15,9 @@ TEST(RegistryTools, ListTheRegistryOfThisComputer)
     EXPECT_EQ(tree.status, 0);
     EXPECT_THAT(tree.out, StartsWith("+-o Root  <class IORegistryEntry, id 0x100000100, retain "));
     EXPECT_THAT(tree.out, HasSubstr("<class IOPlatformExpertDevice, id 0x100000101, registered, matched, "));
+    EXPECT_THAT(RunMacTool("/usr/sbin/ioreg", { "-p", "IODeviceTree", "-w0" }).out,
+        AllOf(StartsWith("+-o Root  <"), HasSubstr("<class IOPlatformExpertDevice, id 0x100000101, "),
+            Not(HasSubstr("IOBlockStorageDriver"))));
     EXPECT_THAT(RunMacTool("/usr/sbin/ioreg", { "-arc", "IOPlatformExpertDevice", "-d1" }).out,
         HasSubstr("<array>\n<dict>\n\t<key>IOObjectClass</key>\n\t<string>IOPlatformExpertDevice</string>"));
     EXPECT_EQ(RunMacTool("/usr/sbin/diskutil", { "list" }).status, 0);

@@ -42,6 +42,8 @@ TEST_F(SystemProfilerTest, ListsMountedVolumesOnceEachWithTheirSpace)
     host.add("sys/",
         { { "devices/x/sda2/dev", "8:2\n" }, { "class/block/sda2", "-> sys/devices/x/sda2" },
             { "dev/block/8:2", "-> sys/devices/x/sda2" } });
+    host.disk("pci0000:00/ata2/host1/target1:0:0/1:0:0:0", "sdb", { { "dev", "8:16" }, { "size", "4096" } })
+        .partition(1, { { "dev", "8:17" }, { "start", "8" }, { "size", "4000" } });
     host.add("run/udev/data/", { { "b8:2", "E:ID_FS_LABEL_ENC=Main\\x20=1\nE:ID_FS_UUID=aa-bb\n" } });
     const Item::List items = StorageItems(host.tree());
 
@@ -50,7 +52,7 @@ TEST_F(SystemProfilerTest, ListsMountedVolumesOnceEachWithTheirSpace)
     EXPECT_EQ(items[0].text("volume_uuid"), "aa-bb");
     EXPECT_THAT(Flat(items[0]), HasSubstr("free_space_in_bytes: "));
     EXPECT_EQ(Flat(items[1]),
-        "{_name: My Disk, bsd_name: sdb1, file_system: btrfs, mount_point: /media/My Disk, writable: no}");
+        "{_name: My Disk, bsd_name: disk0s1, file_system: btrfs, mount_point: /media/My Disk, writable: no}");
 }
 
 TEST_F(SystemProfilerTest, TellsTheVolumesSystemVersionAndTheHostsKernel)

@@ -6,15 +6,24 @@
 namespace {
 
 constexpr Command kCommands[] = {
-    { "processes", "[NAME...]",
+    { "processes", "[--json] [NAME...]",
         "running processes, or those whose short name is one of these;\n"
         "an application also has the name that its user knows it by",
-        true, FindProcesses },
-    { "files", "[PATH...]",
+        false, FindProcesses, nullptr },
+    { "files", "[--json] [PATH...]",
         "files and folders; of a bundle its program, version and whether its\n"
         "signature holds, of a volume its system and its space.\n"
         "Without a path, the folders that every system has",
-        false, FindFiles },
+        false, FindFiles, nullptr },
+    { "disks", "[--registry CAPTURE] [--json] [--watch[=SECONDS]] [BSD-NAME...]",
+        "disks and partitions in a table, or all that is known of those with\n"
+        "these names. A drive that does not tell what it is is asked by four\n"
+        "small reads, if whoever runs this may read it",
+        true, FindDisks, WatchDisks },
+    { "registry", "[--registry CAPTURE] [--json] [CLASS|BSD-NAME|NAME...]",
+        "the tree of the device registry, or the entries that are of these\n"
+        "classes or derived ones or have these names, with their properties",
+        true, FindRegistryEntries, nullptr },
 };
 
 }
@@ -30,8 +39,8 @@ std::string UsageText()
 {
     std::string text;
     for (const Command& command : kCommands)
-        text += std::string(text.empty() ? "usage: " : "       ") + "velmora-inspect " + command.name
-            + " [--json] " + command.operands + '\n';
+        text += std::string(text.empty() ? "usage: " : "       ") + "velmora-inspect " + command.name + ' '
+            + command.usage + '\n';
     for (const Command& command : kCommands) {
         std::string help = command.help;
         for (size_t end = help.find('\n'); end != std::string::npos; end = help.find('\n', end + 1))
@@ -41,6 +50,10 @@ std::string UsageText()
     }
     return text
         + "\n\n--json      a JSON array instead of a text for people\n"
+          "--registry  looks at a recorded device registry, as \"ioreg -l\" or \"ioreg -a\" printed it on\n"
+          "            another computer, in the place of this one's\n"
+          "--watch     shows what disks do from reading to reading, every second or every SECONDS,\n"
+          "            until interrupted; each reading is a table, or a line with a JSON array\n"
           "\nThe exit status is 0; 1 when something that was named is not there; 2 for a command line\n"
           "that is not understood.\n";
 }

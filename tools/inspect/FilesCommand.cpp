@@ -4,7 +4,6 @@
 #include "util/Files.h"
 #include "util/Processes.h"
 #include "util/StandardFolders.h"
-#include "util/StringConversions.h"
 #include "util/SystemVersions.h"
 #include "util/VolumeSpace.h"
 #include "util/Volumes.h"
@@ -22,16 +21,7 @@ Value Text(bool isThere, const Buffer& buffer)
     return isThere && buffer[0] != 0 ? Value(buffer.data()) : Value();
 }
 
-/// @param isThere whether there is such a size.
-Field Size(const char* key, const char* title, bool isThere, uint64_t bytes)
-{
-    std::array<char, 32> commas {};
-    std::array<char, 32> size {};
-    ConvertUInt64ToStringWithCommas(bytes, commas.data(), commas.size());
-    ConvertUInt64ToSizeString(bytes, size.data(), size.size());
-    return { key, title, isThere ? Value(static_cast<int64_t>(bytes)) : Value(),
-        std::string(commas.data()) + " bytes (" + size.data() + ')' };
-}
+Value Size(bool isThere, uint64_t bytes) { return isThere ? Number(bytes) : Value(); }
 
 void DescribeItem(const char* path, Record& record)
 {
@@ -45,7 +35,7 @@ void DescribeItem(const char* path, Record& record)
     record.push_back({ "name", "Name", name });
     record.push_back({ "extension", "Extension", extension != name ? Value(extension) : Value() });
     record.push_back({ "isFolder", "Folder", exists ? Value(isFolder) : Value() });
-    record.push_back(Size("size", "Size", exists && !isFolder, size));
+    record.push_back(SizeField("size", "Size", Size(exists && !isFolder, size)));
     record.push_back({ "isRootsFile", "File of root's", exists ? Value(FileIsOwnedByRoot(path)) : Value() });
 }
 
@@ -85,9 +75,9 @@ void DescribeVolume(const char* path, Record& record)
     const bool hasSpace = isVolume && GetVolumeTotalAndFreeBytes(path, &total, &free, &available);
     record.push_back({ "systemVersion", "System version", Text(isVolume, version) });
     record.push_back({ "systemBuild", "System build", Text(isVolume, build) });
-    record.push_back(Size("volumeSize", "Volume size", hasSpace, total));
-    record.push_back(Size("volumeFree", "Volume free", hasSpace, free));
-    record.push_back(Size("volumeAvailable", "Volume available", hasSpace, available));
+    record.push_back(SizeField("volumeSize", "Volume size", Size(hasSpace, total)));
+    record.push_back(SizeField("volumeFree", "Volume free", Size(hasSpace, free)));
+    record.push_back(SizeField("volumeAvailable", "Volume available", Size(hasSpace, available)));
 }
 
 /// The start-up volume and the folders that every Mac has.
@@ -119,8 +109,9 @@ Record Describe(const std::string& path)
 
 }
 
-Findings FindFiles(const std::vector<std::string>& paths)
+Findings FindFiles(const Request& request)
 {
+    const std::vector<std::string>& paths = request.operands;
     Findings findings;
     for (const std::string& path : paths.empty() ? StandardPaths() : paths)
         findings.records.push_back(Describe(path));

@@ -53,9 +53,11 @@ Record Describe(const kinfo_proc& process)
 
 }
 
-Findings FindProcesses(const std::vector<std::string>& names)
+Findings FindProcesses(const Request& request)
 {
+    const std::vector<std::string>& names = request.operands;
     Findings findings;
+    findings.isTable = true;
     std::set<std::string> missing(names.begin(), names.end());
     for (const kinfo_proc& process : ProcessTable()) {
         const std::string name = process.kp_proc.p_comm;

@@ -1,35 +1,46 @@
 // velmora-inspect: shows what the utility library finds out. See UsageText().
 
-#include "tools/inspect/Commands.h"
+#include "tools/inspect/CommandLine.h"
 #include "tools/inspect/Output.h"
 #include "util/Launch.h"
 
+#include <HostRecordings/RecordedRegistry.h>
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
-#include <iterator>
 
 namespace {
 
-enum ExitStatus { kFound, kNotFound, kUsage };
+void Complain(const std::string& problem) { std::cerr << "velmora-inspect: " << Printable(problem) << '\n'; }
 
-int WrongUse(const std::string& problem)
+ExitStatus WrongUse(const std::string& problem)
 {
-    std::cerr << "velmora-inspect: " << problem << "\n\n" << UsageText();
+    Complain(problem);
+    std::cerr << '\n' << UsageText();
     return kUsage;
 }
 
-int Show(const Command& command, const std::vector<std::string>& operands, bool asJSON)
+/// @return false where it cannot be used.
+bool UseCapture(const std::string& path)
 {
-    const Findings findings = command.find(operands);
-    if (asJSON && !WriteJSON(std::cout, findings.records)) {
-        std::cerr << "velmora-inspect: a record is too long for JSON\n";
-        return kNotFound;
-    }
-    if (!asJSON)
-        (command.isTable ? WriteTable : WriteParagraphs)(std::cout, findings.records);
-    for (const std::string& problem : findings.problems)
-        std::cerr << "velmora-inspect: " << problem << '\n';
+    size_t unreadable = 0;
+    const std::string problem = HostUseRecordedRegistry(path, &unreadable);
+    if (!problem.empty())
+        Complain(path + ": " + problem);
+    else if (unreadable > 0)
+        Complain(path + ": " + std::to_string(unreadable)
+            + (unreadable == 1 ? " place could not be read" : " places could not be read"));
+    return problem.empty();
+}
+
+ExitStatus Show(const Command& command, const Request& request)
+{
+    Findings findings = command.find(request);
+    if (!request.asJSON)
+        (findings.isTable ? WriteTable : WriteParagraphs)(std::cout, findings.records);
+    else if (!WriteJSON(std::cout, findings.records))
+        findings.problems.emplace_back("what is too long for JSON is left out");
+    std::for_each(findings.problems.begin(), findings.problems.end(), Complain);
     std::cout.flush();
     if (!std::cout)
         std::perror("velmora-inspect: standard output");
@@ -41,29 +52,12 @@ int Show(const Command& command, const std::vector<std::string>& operands, bool 
 int main(int count, char** values)
 {
     PutProcessInOrder();
-    const std::vector<std::string> arguments(values + std::min(count, 1), values + count);
-    const auto optionsEnd = std::find(arguments.begin(), arguments.end(), "--");
-    const auto isOption
-        = [](const std::string& argument) { return argument.size() > 1 && argument.front() == '-'; };
-    std::vector<std::string> operands;
-    std::remove_copy_if(arguments.begin(), optionsEnd, std::back_inserter(operands), isOption);
-    operands.insert(
-        operands.end(), optionsEnd != arguments.end() ? optionsEnd + 1 : optionsEnd, arguments.end());
-
-    bool asJSON = false;
-    for (auto option = std::find_if(arguments.begin(), optionsEnd, isOption); option != optionsEnd;
-         option = std::find_if(option + 1, optionsEnd, isOption)) {
-        if (*option == "--help")
-            return std::cout << UsageText() << std::flush ? kFound : kNotFound;
-        if (*option != "--json")
-            return WrongUse("unknown option " + *option);
-        asJSON = true;
-    }
-    if (operands.empty())
-        return WrongUse("no command");
-    const Command* const command = CommandNamed(operands.front());
-    if (command == nullptr)
-        return WrongUse("unknown command " + operands.front());
-    operands.erase(operands.begin());
-    return Show(*command, operands, asJSON);
+    const CommandLine line = ParseCommandLine({ values + std::min(count, 1), values + count });
+    if (line.wantsHelp)
+        return std::cout << UsageText() << std::flush ? kFound : kNotFound;
+    if (!line.problem.empty())
+        return WrongUse(line.problem);
+    if (line.request.capture && !UseCapture(*line.request.capture))
+        return kNotFound;
+    return line.request.interval ? line.command->watch(line.request) : Show(*line.command, line.request);
 }

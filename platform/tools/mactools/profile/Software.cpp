@@ -1,5 +1,6 @@
 // Mounted volumes, and the system software.
 
+#include "profile/Drives.h"
 #include "profile/Reports.h"
 
 #include <Darwin/SystemVersion.h>
@@ -47,12 +48,14 @@ Mount MountIn(const HostTree& tree, const std::string& line)
     return mount;
 }
 
-Item Volume(const HostTree& tree, const Mount& mount)
+Item Volume(const HostTree& tree, const Mount& mount, const BSDNames& names)
 {
     const TextPairs known = tree.udev("b" + tree.text("sys/class/block/" + mount.device + "/dev"));
     Item item(ValueOf(known, "ID_FS_LABEL_ENC"));
     item.set("_name", mount.point.substr(mount.point.rfind('/') + 1)).set("_name", mount.device);
-    item.set("bsd_name", mount.device).set("file_system", mount.type).set("mount_point", mount.point);
+    item.set("bsd_name", names.of("/dev/" + mount.device))
+        .set("file_system", mount.type)
+        .set("mount_point", mount.point);
     struct statvfs sizes { };
     if (statvfs(tree.path(mount.point.substr(1)).c_str(), &sizes) == 0) {
         item.set("size_in_bytes", static_cast<int64_t>(sizes.f_blocks * sizes.f_frsize));
@@ -113,12 +116,13 @@ bool IsSafeBoot(const HostTree& tree)
 Item::List StorageItems(const HostTree& tree)
 {
     std::istringstream lines(tree.bytes("proc/self/mountinfo", size_t { 1 } << 20U));
+    const BSDNames names(tree);
     std::set<std::string> seen; // a device that is mounted in several places is still one volume
     Item::List items;
     for (std::string line; std::getline(lines, line);) {
         const Mount mount = MountIn(tree, line);
         if (!mount.device.empty() && seen.insert(mount.device).second)
-            items.push_back(Volume(tree, mount));
+            items.push_back(Volume(tree, mount, names));
     }
     return items;
 }

@@ -67,6 +67,7 @@ struct Devices {
     const HostTree& tree;
     std::vector<std::string> names;
     std::vector<iokit::Drive> drives;
+    BSDNames bsdNames;
 };
 
 /// Every name is longer than its parent's, and the host limits their length, so this ends.
@@ -88,7 +89,7 @@ Item::List Children(const Devices& all, const std::string& parent)
         for (const iokit::Drive& drive : all.drives) {
             const bool isHere = drive.device.folder().find("/" + name + ":") != std::string::npos;
             if (isHere) // on an interface, which is called "1-2:1.0"
-                media.push_back(DriveItem(drive));
+                media.push_back(DriveItem(drive, all.bsdNames));
         }
         items.push_back(item.set("Media", media).set("_items", Children(all, name)));
     }
@@ -99,7 +100,7 @@ Item::List Children(const Devices& all, const std::string& parent)
 
 Item::List UsbItems(const HostTree& tree)
 {
-    const Devices all { tree, tree.names(kDevices), iokit::HostDrives(tree) };
+    const Devices all { tree, tree.names(kDevices), iokit::HostDrives(tree), BSDNames(tree) };
     Item::List buses;
     for (const std::string& name : all.names) {
         if (!name.starts_with("usb"))

@@ -1,11 +1,17 @@
 #include "registry/DiskList.h"
 
 #include <CoreFoundation/CFString.h>
+#include <DiskArbitration/DiskArbitration.h>
+#include <Host/TextReading.h>
+#include <IOKit/IOKitLib.h>
 #include <IOKit/Properties.h>
+#include <IOKit/References.h>
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <string_view>
+#include <unordered_map>
 
 namespace {
 
@@ -22,6 +28,8 @@ constexpr std::array kContentNames {
     ContentName { "7C3457EF-0000-11AA-AA11-00306543ECAC", "Apple_APFS" },
     ContentName { "69646961-6700-11AA-AA11-00306543ECAC", "Apple_APFS_ISC" },
     ContentName { "52637672-7900-11AA-AA11-00306543ECAC", "Apple_APFS_Recovery" },
+    ContentName { "41504653-0000-11AA-AA11-00306543ECAC", "APFS Volume" },
+    ContentName { "EF57347C-0000-11AA-AA11-00306543ECAC", "APFS Container Scheme" },
     ContentName { "48465300-0000-11AA-AA11-00306543ECAC", "Apple_HFS" },
     ContentName { "53746F72-6167-11AA-AA11-00306543ECAC", "Apple_CoreStorage" },
     ContentName { "426F6F74-0000-11AA-AA11-00306543ECAC", "Apple_Boot" },
@@ -40,22 +48,24 @@ std::string WordsFor(const std::string& content)
     return known != kContentNames.end() ? known->name : content;
 }
 
-TextPairs UdevPropertiesOf(const Entry& media, const HostTree& host)
+std::string ContentOf(const Entry& media)
 {
-    const auto major = iokit::NumberOf(media.property("BSD Major"));
-    const auto minor = iokit::NumberOf(media.property("BSD Minor"));
-    if (!major || !minor)
-        return {};
-    return host.udev('b' + std::to_string(*major) + ':' + std::to_string(*minor));
+    return media.conformsTo("AppleAPFSSnapshot") ? "APFS Snapshot"
+                                                 : WordsFor(cf::TextOf(media.property("Content")));
 }
 
-ListedMedia Listed(const Entry& media, const HostTree& host)
+std::string BSDName(const Entry& entry)
 {
-    const TextPairs udev = UdevPropertiesOf(media, host);
-    const std::string content = WordsFor(cf::TextOf(media.property("Content")));
-    return { cf::TextOf(media.property("BSD Name")), content.empty() ? ValueOf(udev, "ID_FS_TYPE") : content,
-        ValueOf(udev, "ID_FS_LABEL_ENC"), cf::TextOf(media.property("UUID")),
-        iokit::NumberOf(media.property("Size")).value_or(0) };
+    return entry.conformsTo("IOMedia") ? cf::TextOf(entry.property("BSD Name")) : "";
+}
+
+bool IsWhole(const Entry& media) { return iokit::IsTrue(media.property("Whole")); }
+
+/// What a partition is called, or a volume that several partitions make; "" where that only numbers it, or names the drive.
+std::string OwnName(const Entry& media)
+{
+    const bool isNamed = !IsWhole(media) || media.conformsTo("CoreStorageLogical");
+    return isNamed && !media.name.starts_with("Untitled ") ? media.name : "";
 }
 
 /// What the nearest entry above, or this one, tells of the connection. @param key in its characteristics.
@@ -70,24 +80,135 @@ std::string Protocol(const Entry& media, const char* key)
     return "";
 }
 
-ListedDisk ListedWhole(const Entry& media, const HostTree& host)
+/// The nearest media above, by all ways.
+std::vector<std::string> StoresOf(const Entry& media)
 {
-    const std::string location = Protocol(media, "Physical Interconnect Location");
-    if (location == "File")
-        return { Listed(media, host), '+', "disk image", {} };
-    const char* kind = "physical";
-    if (location == "Internal")
-        kind = "internal, physical";
-    if (location == "External")
-        kind = "external, physical";
-    return { Listed(media, host), '*', kind, {} };
+    std::vector<std::string> stores;
+    std::vector<const Entry*> waiting { &media };
+    std::set<const Entry*> known;
+    while (!waiting.empty()) {
+        const Entry& one = *waiting.back();
+        waiting.pop_back();
+        for (const Entry* parent : one.in(iokit::Plane::Service).parents) {
+            if (!known.insert(parent).second)
+                continue;
+            if (const std::string name = BSDName(*parent); !name.empty())
+                stores.push_back(name);
+            else
+                waiting.push_back(parent);
+        }
+    }
+    std::sort(stores.begin(), stores.end(), ComesBefore);
+    return stores;
 }
 
-/// Whether it is "disk0s1" of "disk0".
-bool IsPartOf(const ListedMedia& partition, const ListedDisk& disk)
+std::string KindOf(const Entry& media, const ListedDisk& disk)
 {
-    return partition.identifier.starts_with(disk.whole.identifier + 's');
+    const std::string location = Protocol(media, "Physical Interconnect Location");
+    if (disk.isContainer())
+        return "synthesized";
+    if (location == "File")
+        return "disk image";
+    const char* const nature = disk.stores.empty() ? "physical" : "virtual";
+    if (location == "Internal")
+        return std::string("internal, ") + nature;
+    return location == "External" ? std::string("external, ") + nature : nature;
 }
+
+/// "disk0" of "disk0s1".
+std::string WholeName(const std::string& name)
+{
+    constexpr size_t prefix = std::string_view("disk").size();
+    return name.substr(0, name.find('s', std::min(prefix, name.size())));
+}
+
+class Lister {
+public:
+    explicit Lister(std::shared_ptr<const iokit::Registry> registry)
+        : fRegistry(std::move(registry))
+    {
+    }
+
+    std::vector<ListedDisk> list()
+    {
+        for (const Entry* media : allMedia())
+            add(*media);
+        for (const ListedDisk& disk : fDisks)
+            nameStores(disk);
+        return std::move(fDisks);
+    }
+
+private:
+    /// Those with names, in the order of people.
+    std::vector<const Entry*> allMedia() const
+    {
+        std::vector<const Entry*> media;
+        for (const Entry& entry : fRegistry->entries()) {
+            if (!BSDName(entry).empty())
+                media.push_back(&entry);
+        }
+        std::stable_sort(media.begin(), media.end(), [](const Entry* first, const Entry* second) {
+            return ComesBefore(BSDName(*first), BSDName(*second));
+        });
+        return media;
+    }
+
+    void add(const Entry& media)
+    {
+        const auto known = fPlaces.find(WholeName(BSDName(media)));
+        if (!IsWhole(media)) {
+            if (known != fPlaces.end())
+                fDisks[known->second].partitions.push_back(listed(media));
+            return;
+        }
+        if (known != fPlaces.end())
+            return;
+        ListedDisk disk { listed(media), '*', "", StoresOf(media), {} };
+        disk.kind = KindOf(media, disk);
+        if (disk.isContainer() || disk.kind == "disk image" || !disk.stores.empty())
+            disk.mark = '+';
+        if (disk.isContainer())
+            disk.whole.volumeName = "-"; // as there is none, only volumes in it
+        fPlaces.emplace(disk.whole.identifier, fDisks.size());
+        fDisks.push_back(std::move(disk));
+    }
+
+    ListedMedia listed(const Entry& media) const
+    {
+        const io_object_t object = iokit::References::shared().hold({ fRegistry, &media });
+        const cf::Owned<DADiskRef> disk(DADiskCreateFromIOMedia(nullptr, fSession.get(), object));
+        IOObjectRelease(object);
+        const cf::Owned<CFDictionaryRef> facts(disk ? DADiskCopyDescription(disk.get()) : nullptr);
+        const auto fact = [&facts](CFStringRef key) {
+            return facts ? cf::TextOf(CFDictionaryGetValue(facts.get(), key)) : "";
+        };
+        const std::string content = ContentOf(media);
+        const std::string name = fact(kDADiskDescriptionVolumeNameKey);
+        return { BSDName(media), content.empty() ? fact(kDADiskDescriptionVolumeKindKey) : content,
+            name.empty() ? OwnName(media) : name, cf::TextOf(media.property("UUID")),
+            iokit::NumberOf(media.property("Size")).value_or(0) };
+    }
+
+    /// Partitions are called after what they are a part of.
+    void nameStores(const ListedDisk& disk)
+    {
+        for (const std::string& store : disk.stores) {
+            const auto place = fPlaces.find(WholeName(store));
+            if (place == fPlaces.end())
+                continue;
+            for (ListedMedia& partition : fDisks[place->second].partitions) {
+                if (partition.identifier == store)
+                    partition.volumeName
+                        = disk.isContainer() ? "Container " + disk.whole.identifier : disk.whole.volumeName;
+            }
+        }
+    }
+
+    std::shared_ptr<const iokit::Registry> fRegistry;
+    cf::Owned<DASessionRef> fSession { DASessionCreate(nullptr) };
+    std::vector<ListedDisk> fDisks {};
+    std::unordered_map<std::string, size_t> fPlaces {}; ///< of the disks, by identifiers
+};
 
 std::string WithoutFolder(const std::string& identifier)
 {
@@ -100,26 +221,9 @@ std::string WithoutFolder(const std::string& identifier)
 
 }
 
-std::vector<ListedDisk> DisksOf(const iokit::Registry& registry, const HostTree& host)
+std::vector<ListedDisk> DisksOf(const std::shared_ptr<const iokit::Registry>& registry)
 {
-    std::vector<ListedDisk> disks;
-    for (const Entry& entry : registry.entries()) {
-        if (!entry.conformsTo("IOMedia"))
-            continue;
-        if (iokit::IsTrue(entry.property("Whole"))) {
-            disks.push_back(ListedWhole(entry, host));
-            continue;
-        }
-        ListedMedia partition = Listed(entry, host);
-        const auto disk = std::find_if(disks.begin(), disks.end(),
-            [&partition](const ListedDisk& one) { return IsPartOf(partition, one); });
-        if (disk != disks.end())
-            disk->partitions.push_back(std::move(partition));
-    }
-    std::sort(disks.begin(), disks.end(), [](const ListedDisk& first, const ListedDisk& second) {
-        return ComesBefore(first.whole.identifier, second.whole.identifier);
-    });
-    return disks;
+    return Lister(registry).list();
 }
 
 std::vector<ListedDisk> DisksNamed(const std::vector<ListedDisk>& disks, const std::string& identifier)
@@ -130,7 +234,7 @@ std::vector<ListedDisk> DisksNamed(const std::vector<ListedDisk>& disks, const s
             return { disk };
         for (const ListedMedia& partition : disk.partitions) {
             if (partition.identifier == name)
-                return { { partition, ' ', disk.kind, {} } };
+                return { { partition, ' ', disk.kind, {}, {} } };
         }
     }
     return {};

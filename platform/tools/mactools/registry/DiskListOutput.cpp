@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <string_view>
 
 namespace {
 
@@ -14,21 +15,45 @@ using Array = cf::Owned<CFMutableArrayRef>;
 constexpr const char* kHeading
     = "   #:                       TYPE NAME                    SIZE       IDENTIFIER\n";
 
+bool IsFirstByte(char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80; }
+
 /// @return spaces that fill the text up to a width in characters.
 std::string Padding(const std::string& text, size_t width)
 {
-    const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80; };
-    const auto count = static_cast<size_t>(std::count_if(text.begin(), text.end(), isFirstByte));
+    const auto count = static_cast<size_t>(std::count_if(text.begin(), text.end(), IsFirstByte));
     return std::string(width - std::min(width, count), ' ');
+}
+
+/// The text, or as much of it as leaves room for what says that there is more.
+std::string Cut(const std::string& text, size_t width)
+{
+    constexpr std::string_view more = "...";
+    if (std::count_if(text.begin(), text.end(), IsFirstByte) <= static_cast<std::ptrdiff_t>(width))
+        return text;
+    size_t left = width - more.size();
+    const auto isPast = [&left](char c) { return IsFirstByte(c) && left-- == 0; };
+    return std::string(text.begin(), std::find_if(text.begin(), text.end(), isPast)).append(more);
 }
 
 void PrintLine(std::ostream& out, size_t number, char mark, const ListedMedia& media)
 {
     const std::string index = std::to_string(number);
+    constexpr size_t nameWidth = 23;
     const std::string size = SizeText(media.size);
-    out << Padding(index, 4) << index << ": " << Padding(media.content, 26) << media.content << ' '
-        << media.volumeName << Padding(media.volumeName, 23) << mark << size << Padding(size, 10) << ' '
-        << media.identifier << '\n';
+    const std::string name = Cut(media.volumeName, nameWidth);
+    out << Padding(index, 4) << index << ": " << Padding(media.content, 26) << media.content << ' ' << name
+        << Padding(name, nameWidth) << mark << size << Padding(size, 10) << ' ' << media.identifier << '\n';
+}
+
+void PrintStores(std::ostream& out, const ListedDisk& disk)
+{
+    constexpr size_t column = 33;
+    if (disk.stores.empty())
+        return;
+    out << std::string(column, ' ') << (disk.isContainer() ? "Physical Store" : "Logical Volume on");
+    for (const std::string& store : disk.stores)
+        out << (&store == &disk.stores.front() ? " " : ", ") << store;
+    out << '\n';
 }
 
 Array NewArray() { return Array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks)); }
@@ -59,6 +84,28 @@ Array DescribedPartitions(const ListedDisk& disk)
     return partitions;
 }
 
+Array DescribedStores(const ListedDisk& disk)
+{
+    Array stores = NewArray();
+    for (const std::string& store : disk.stores)
+        CFArrayAppendValue(stores.get(), iokit::Properties().text("DeviceIdentifier", store).take().get());
+    return stores;
+}
+
+/// What is in a container are volumes, and of itself it has no name.
+cf::Owned<CFDictionaryRef> Described(const ListedDisk& disk)
+{
+    ListedMedia whole = disk.whole;
+    if (disk.isContainer())
+        whole.volumeName.clear();
+    iokit::Properties properties = Described(whole);
+    if (disk.isContainer())
+        properties.array("APFSPhysicalStores", DescribedStores(disk).get());
+    return properties
+        .array(disk.isContainer() ? "APFSVolumes" : "Partitions", DescribedPartitions(disk).get())
+        .take();
+}
+
 }
 
 std::string SizeText(uint64_t bytes)
@@ -80,6 +127,7 @@ void PrintDisks(std::ostream& out, const std::vector<ListedDisk>& disks)
     for (const ListedDisk& disk : disks) {
         out << "/dev/" << disk.whole.identifier << " (" << disk.kind << "):\n" << kHeading;
         PrintLine(out, 0, disk.mark, disk.whole);
+        PrintStores(out, disk);
         for (size_t i = 0; i < disk.partitions.size(); ++i)
             PrintLine(out, i + 1, ' ', disk.partitions[i]);
         out << '\n';
@@ -96,14 +144,12 @@ cf::Owned<CFDictionaryRef> DisksAsPropertyList(const std::vector<ListedDisk>& di
         Append(all, disk.whole.identifier);
         if (disk.mark != ' ')
             Append(wholes, disk.whole.identifier);
-        Append(volumes, disk.whole.volumeName);
+        Append(volumes, disk.isContainer() ? "" : disk.whole.volumeName);
         for (const ListedMedia& partition : disk.partitions) {
             Append(all, partition.identifier);
             Append(volumes, partition.volumeName);
         }
-        const Array partitions = DescribedPartitions(disk);
-        CFArrayAppendValue(
-            described.get(), Described(disk.whole).array("Partitions", partitions.get()).take().get());
+        CFArrayAppendValue(described.get(), Described(disk).get());
     }
     iokit::Properties list;
     list.array("AllDisks", all.get())

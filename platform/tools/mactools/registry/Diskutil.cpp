@@ -2,7 +2,7 @@
 
 #include "registry/DiskList.h"
 
-#include <IOKit/HostRegistry.h>
+#include <IOKit/CurrentRegistry.h>
 
 #include <iostream>
 
@@ -21,8 +21,7 @@ int List(const Arguments& options)
         std::cerr << kListUsage;
         return 1;
     }
-    const HostTree host;
-    std::vector<ListedDisk> disks = DisksOf(iokit::ReadHostRegistry(host), host);
+    std::vector<ListedDisk> disks = DisksOf(iokit::CurrentRegistry());
     if (!names.empty()) {
         disks = DisksNamed(disks, names.front());
         if (disks.empty()) {

@@ -5,7 +5,8 @@
 
 #include <Host/ProgramStart.h>
 #include <Host/TextReading.h>
-#include <IOKit/HostRegistry.h>
+#include <IOKit/CurrentRegistry.h>
+#include <IOKit/Relatives.h>
 
 #include <iostream>
 #include <optional>
@@ -107,32 +108,25 @@ std::optional<Options> Parse(const Arguments& arguments)
     return optind == count ? std::optional(options) : std::nullopt;
 }
 
-/// The root names the planes that there are.
-bool HasPlane(const iokit::Registry& registry, const std::string& plane)
-{
-    const CFTypeRef planes = registry.root().property("IORegistryPlanes");
-    const cf::Owned<CFStringRef> name(cf::MakeString(plane));
-    return planes != nullptr && CFGetTypeID(planes) == CFDictionaryGetTypeID() && name
-        && CFDictionaryContainsKey(static_cast<CFDictionaryRef>(planes), name.get());
-}
-
 }
 
 int Ioreg(const Arguments& arguments)
 {
-    const std::optional<Options> options = Parse(arguments);
+    std::optional<Options> options = Parse(arguments);
     if (!options) {
         std::cerr << kUsage;
         return 1;
     }
-    const iokit::Registry registry = iokit::ReadHostRegistry();
-    if (!HasPlane(registry, options->plane))
+    const iokit::Plane* const plane = iokit::PlaneNamed(options->plane.c_str());
+    if (plane == nullptr)
         return Complain("ioreg", "there is no plane \"" + options->plane + '"');
+    options->view.plane = *plane;
+    const auto registry = iokit::CurrentRegistry();
     if (!options->archive) {
-        PrintRegistry(std::cout, registry, options->view);
+        PrintRegistry(std::cout, *registry, options->view);
         return 0;
     }
-    return PrintRegistryArchive(std::cout, registry, options->view)
+    return PrintRegistryArchive(std::cout, *registry, options->view)
         ? 0
         : Complain("ioreg", "not enough memory for an entry");
 }

@@ -74,7 +74,7 @@ EntryText TextOf(const iokit::Entry& entry, bool withProperties, bool hasChildre
     const cf::Owned<CFMutableDictionaryRef> all(CFDictionaryCreateMutable(
         nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     if (withProperties)
-        CFDictionaryApplyFunction(entry.properties.get(), AddWritable, all.get());
+        CFDictionaryApplyFunction(entry.currentProperties().get(), AddWritable, all.get());
     CFDictionaryApplyFunction(Facts(entry, hasChildren).get(), AddWritable, all.get());
     const std::string text = DictionaryText(all.get());
     if (!hasChildren || text.empty())
@@ -93,7 +93,8 @@ bool PrintTree(std::ostream& out, const iokit::Entry& top, const RegistryView& v
     const auto enter = [&](const iokit::Visit& visit) {
         const iokit::Entry& entry = visit.entry;
         const bool descends = !visit.isAgain && view.showsBelow(ends.size() + 1);
-        EntryText text = TextOf(entry, view.showsProperties(entry), descends && !entry.children().empty());
+        EntryText text
+            = TextOf(entry, view.showsProperties(entry), descends && !entry.children(view.plane).empty());
         isComplete = isComplete && !text.start.empty();
         out << text.start;
         ends.push_back(std::move(text.end));
@@ -103,7 +104,7 @@ bool PrintTree(std::ostream& out, const iokit::Entry& top, const RegistryView& v
         out << ends.back();
         ends.pop_back();
     };
-    iokit::Walk(top, enter, leave);
+    iokit::Walk(top, enter, leave, view.plane);
     return isComplete;
 }
 

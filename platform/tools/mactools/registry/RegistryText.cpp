@@ -59,7 +59,7 @@ public:
     {
         iokit::Walk(
             top, [this](const iokit::Visit& visit) { return enter(visit); },
-            [this](const iokit::Entry&) { fBars.resize(fBars.size() - 2); });
+            [this](const iokit::Entry&) { fBars.resize(fBars.size() - 2); }, fView.plane);
     }
 
 private:
@@ -70,7 +70,7 @@ private:
         fBars += visit.isLast ? "  " : "| ";
         const bool descends = !visit.isAgain && fView.showsBelow(fBars.size() / 2);
         if (fView.showsProperties(entry))
-            printProperties(entry, fBars + (descends && !entry.children().empty() ? "| " : "  "));
+            printProperties(entry, fBars + (descends && !entry.children(fView.plane).empty() ? "| " : "  "));
         return descends;
     }
 
@@ -97,10 +97,11 @@ private:
 
     void printProperties(const iokit::Entry& entry, const std::string& bars)
     {
-        const auto count = static_cast<size_t>(CFDictionaryGetCount(entry.properties.get()));
+        const cf::Owned<CFDictionaryRef> properties = entry.currentProperties();
+        const auto count = static_cast<size_t>(CFDictionaryGetCount(properties.get()));
         std::vector<const void*> keys(count);
         std::vector<const void*> values(count);
-        CFDictionaryGetKeysAndValues(entry.properties.get(), keys.data(), values.data());
+        CFDictionaryGetKeysAndValues(properties.get(), keys.data(), values.data());
         printLine(bars + '{');
         for (size_t i = 0; i < count; ++i) {
             std::string line = bars + "  ";

@@ -22,6 +22,7 @@ std::vector<const iokit::Entry*> RegistryView::tops(const iokit::Registry& regis
             found.push_back(&visit.entry);
         return false;
     };
-    iokit::Walk(registry.root(), look, [](const iokit::Entry&) {});
+    iokit::Walk(
+        registry.root(), look, [](const iokit::Entry&) {}, plane);
     return found;
 }

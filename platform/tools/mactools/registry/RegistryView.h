@@ -8,6 +8,8 @@
 
 /// What is to be seen of the registry, and how.
 struct RegistryView {
+    iokit::Plane plane = iokit::Plane::Service; ///< whose tree it is
+
     // Entries with this class or one derived from it, this name (with or without its location) and this property, each "" for
     // any: their properties are shown.
     std::string className;

@@ -24,7 +24,16 @@ void AppendNumber(std::string& line, CFTypeRef value, bool hexadecimal)
     line.append(digits, end);
 }
 
-/// Whether firmware means text: at least two bytes, all of them printable, but for single nulls that end texts.
+/// Whether texts with quotation marks in them can still be told apart, and where they end.
+bool IsPlain(std::string_view bytes)
+{
+    const bool isOne = bytes.find('\0') == bytes.size() - 1;
+    return bytes.find('"') == std::string_view::npos
+        || (isOne && bytes.find("\",\"") == std::string_view::npos
+            && bytes.find("\">") == std::string_view::npos);
+}
+
+/// Whether firmware means text: printable texts, each ended by one null.
 bool IsText(std::string_view bytes)
 {
     const auto isText = [previous = '\0'](char c) mutable {
@@ -32,13 +41,13 @@ bool IsText(std::string_view bytes)
         previous = c;
         return isEnd || (c >= ' ' && c <= '~');
     };
-    return bytes.size() > 1 && std::all_of(bytes.begin(), bytes.end(), isText);
+    return bytes.size() > 1 && bytes.back() == '\0' && std::all_of(bytes.begin(), bytes.end(), isText)
+        && IsPlain(bytes);
 }
 
 void AppendTexts(std::string& line, std::string_view bytes)
 {
-    if (bytes.back() == '\0')
-        bytes.remove_suffix(1);
+    bytes.remove_suffix(1);
     line += '"';
     for (const char c : bytes) {
         if (c == '\0')
