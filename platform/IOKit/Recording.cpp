@@ -49,6 +49,10 @@ std::optional<Recording> ReadRecording(std::string_view bytes)
             return ReadRegistryArchive(rest);
         if (line->isHeading())
             return ReadRegistryText(bytes.substr(static_cast<size_t>(line->text.data() - bytes.data())));
+        // Pages of a web begin their text in the line of a tag.
+        if (const size_t tag = line->text.find(">+-o "); tag != std::string_view::npos)
+            return ReadRegistryText(
+                bytes.substr(static_cast<size_t>(line->text.data() - bytes.data()) + tag + 1));
     }
     return {};
 }

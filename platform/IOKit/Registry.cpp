@@ -73,15 +73,18 @@ void Registry::link(Entry& parent, Entry& child)
 
 void Registry::completeDeviceTree()
 {
+    std::vector<uint32_t> nearest(
+        fEntries.size()); // the entry of the device tree at or above each: its index
     for (Entry& entry : fEntries) { // parents come before their children
+        if (entry.index == 0)
+            continue;
+        nearest[entry.index] = nearest[entry.parent()->index];
         if (!IsInDeviceTree(entry))
             continue;
-        const Entry* above = entry.parent();
-        while (above != nullptr && above->index != 0 && !IsInDeviceTree(*above))
-            above = above->parent();
-        Entry& parent = fEntries[above != nullptr ? above->index : 0];
+        Entry& parent = fEntries[nearest[entry.index]];
         entry.deviceTree.parents.push_back(&parent);
         parent.deviceTree.children.push_back(&entry);
+        nearest[entry.index] = entry.index;
     }
 }
 

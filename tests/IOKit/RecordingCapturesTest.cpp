@@ -89,6 +89,22 @@ TEST_P(RecordingCaptures, AreReadWhole)
     EXPECT_EQ(fRecording->unreadable, GetParam().unreadable);
 }
 
+/// Media lie on storage, and drivers of block storage on its devices: so has each class of a real Mac's to derive.
+TEST_P(RecordingCaptures, HaveStorageOfTheRightClasses)
+{
+    for (const iokit::Entry& entry : fRecording->registry.entries()) {
+        const bool isMedia = entry.property("Whole") != nullptr && entry.property("BSD Name") != nullptr;
+        EXPECT_EQ(entry.conformsTo("IOMedia"), isMedia) << entry.objectClass->name;
+        if (isMedia) {
+            EXPECT_TRUE(entry.parent()->conformsTo("IOStorage")) << entry.parent()->objectClass->name;
+        }
+        if (entry.conformsTo("IOBlockStorageDriver")) {
+            EXPECT_TRUE(entry.parent()->conformsTo("IOBlockStorageDevice"))
+                << entry.parent()->objectClass->name;
+        }
+    }
+}
+
 TEST_P(RecordingCaptures, ArePrintedAsTheyWere)
 {
     const std::set<std::string> given = LinesOf(fText);

@@ -205,8 +205,9 @@ TEST(RecordingText, IsTheSameInWhateverWayItWasKept)
     const std::string bold
         = Replaced(Replaced(Replaced(plain, "+-o ", "+-o \033[1m"), "@1,0  ", "\033(B\033[m@1,0  "), "P  <",
             "P\033[0m  <");
-    for (const std::string& kept : { "\xEF\xBB\xBF" + plain, Replaced(plain, "\n", "\r\n"), page, bold,
-             "mac:~ me$ ioreg -l | cat\nIOService:\n" + plain, plain.substr(0, plain.size() - 1) }) {
+    for (const std::string& kept :
+        { "\xEF\xBB\xBF" + plain, Replaced(plain, "\n", "\r\n"), page, "<html><pre>" + page, bold,
+            "mac:~ me$ ioreg -l | cat\nIOService:\n" + plain, plain.substr(0, plain.size() - 1) }) {
         const iokit::Recording recording = Read(kept);
         EXPECT_EQ(recording.unreadable, 0U) << kept;
         EXPECT_EQ(Printed(recording.registry), expected) << kept;
