@@ -88,7 +88,8 @@ TEST_F(HostPathTest, PathsAreFoundInTheVolumeThenAmongToolsThenOnTheHost)
 TEST_F(HostPathTest, DevicesAreThoseThatSomebodyKnows)
 {
     EXPECT_EQ(HostPath("/dev/rdisk2s1"), "/dev/rdisk2s1") << "nobody to ask";
-    HostFindDevicesWith([](const std::string& name) { return name == "disk2s1" ? "/dev/sda1" : std::string(); });
+    HostFindDevicesWith(
+        [](const std::string& name) { return name == "disk2s1" ? "/dev/sda1" : std::string(); });
     EXPECT_EQ(HostPath("/dev/rdisk2s1") + HostPath("/dev/disk2s1"), "/dev/sda1/dev/sda1");
     for (const char* other : { "/dev/disk3", "/dev/rrdisk2s1", "/dev/r", "/dev/null", "/x/dev/disk2s1" })
         EXPECT_EQ(HostPath(other), other);

@@ -51,7 +51,8 @@ protected:
     bool attach(const std::string& command, const std::string& size = "16M")
     {
         const std::string image = folder / "image";
-        if (OutputOf("image=" + image + "; truncate -s " + size + " $image && " + command + " >&2 && echo done")
+        if (OutputOf(
+                "image=" + image + "; truncate -s " + size + " $image && " + command + " >&2 && echo done")
             != "done")
             return false;
         device = OutputOf("losetup --partscan --find --show " + image);
