@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Host/Descriptor.h>
 #include <Host/HostTree.h>
 #include <IOKit/Registry.h>
 
@@ -14,7 +15,7 @@ public:
     virtual ~Source() = default;
 
     /// What is another text whenever there may be another registry.
-    virtual std::string version() const = 0;
+    virtual std::string version() = 0;
     virtual std::shared_ptr<const Registry> read() = 0;
 };
 
@@ -25,12 +26,13 @@ public:
         : fHost(std::move(host))
     {
     }
-    std::string version() const override;
+    std::string version() override;
     /// Entries of two readings never have the same number, so that one kept too long cannot mean another disk.
     std::shared_ptr<const Registry> read() override;
 
 private:
     HostTree fHost;
+    Descriptor fNews; ///< the kernel's count of them, kept open because it is read for every question
     uint64_t fNextID = Registry::kFirstID;
 };
 
@@ -41,7 +43,7 @@ public:
         : fRegistry(std::make_shared<const Registry>(std::move(registry)))
     {
     }
-    std::string version() const override { return ""; }
+    std::string version() override { return ""; }
     std::shared_ptr<const Registry> read() override { return fRegistry; }
 
 private:

@@ -5,7 +5,10 @@
 #include <IOKit/HostDisks.h>
 #include <IOKit/Properties.h>
 
+#include <array>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace iokit {
 
@@ -37,11 +40,16 @@ Registry ReadHostRegistry(const HostTree& host, uint64_t firstID)
 }
 
 /// The kernel counts the news of its devices; udev writes down what it finds out about them a little later.
-std::string HostSource::version() const
+std::string HostSource::version()
 {
+    if (!fNews)
+        fNews = Descriptor(
+            open(fHost.path("sys/kernel/uevent_seqnum").c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    std::array<char, 24> count {};
+    (void)!pread(fNews.get(), count.data(), count.size() - 1, 0);
     struct stat status { };
     stat(fHost.path("run/udev/data").c_str(), &status);
-    return fHost.text("sys/kernel/uevent_seqnum") + ' ' + std::to_string(status.st_mtim.tv_sec) + '.'
+    return std::string(count.data()) + std::to_string(status.st_mtim.tv_sec) + '.'
         + std::to_string(status.st_mtim.tv_nsec);
 }
 

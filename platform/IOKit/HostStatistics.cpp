@@ -29,8 +29,10 @@ constexpr std::array kCounters {
     Counter { "Total Time (Write)", 7, kNanosecondsPerTick },
 };
 
+constexpr const char* kKey = "Statistics";
+
 /// @param line of the kernel's.
-cf::Owned<CFDictionaryRef> PropertiesOf(const std::string& line)
+Properties StatisticsIn(const std::string& line)
 {
     std::istringstream words(line);
     std::vector<uint64_t> counts;
@@ -41,19 +43,19 @@ cf::Owned<CFDictionaryRef> PropertiesOf(const std::string& line)
         if (counter.place < counts.size())
             statistics.number(counter.key, counts[counter.place] * counter.unit);
     }
-    return Properties().dictionary("Statistics", statistics).take();
+    return statistics;
 }
 
 }
 
 void KeepStatistics(Entry& driver, const BlockDevice& disk)
 {
-    driver.properties = PropertiesOf(disk.text("stat"));
-    driver.readProperties = [host = disk.host(), file = disk.folder() + "/stat", &driver] {
-        const std::string line = host.text(file);
-        return line.empty() ? cf::Owned<CFDictionaryRef>(cf::Retained(driver.properties.get()))
-                            : PropertiesOf(line);
-    };
+    driver.properties = Properties().dictionary(kKey, StatisticsIn(disk.text("stat"))).take();
+    driver.live
+        = { kKey, [host = disk.host(), file = disk.folder() + "/stat"] {
+               const std::string line = host.text(file);
+               return cf::Owned<CFTypeRef>(line.empty() ? nullptr : StatisticsIn(line).take().release());
+           } };
 }
 
 }

@@ -37,14 +37,20 @@ CFTypeRef Entry::property(const char* key) const
 
 cf::Owned<CFDictionaryRef> Entry::currentProperties() const
 {
-    return readProperties ? readProperties() : cf::Owned<CFDictionaryRef>(cf::Retained(properties.get()));
+    const cf::Owned<CFTypeRef> value = live ? live->read() : nullptr;
+    if (!value)
+        return cf::Owned<CFDictionaryRef>(cf::Retained(properties.get()));
+    cf::Owned<CFMutableDictionaryRef> all(CFDictionaryCreateMutableCopy(nullptr, 0, properties.get()));
+    CFDictionarySetValue(all.get(), __CFStringMakeConstantString(live->key), value.get());
+    return cf::Owned<CFDictionaryRef>(all.release());
 }
 
 cf::Owned<CFTypeRef> Entry::currentProperty(CFStringRef key) const
 {
-    if (!readProperties)
-        return cf::Owned<CFTypeRef>(cf::Retained(CFDictionaryGetValue(properties.get(), key)));
-    return cf::Owned<CFTypeRef>(cf::Retained(CFDictionaryGetValue(readProperties().get(), key)));
+    const bool isLive = live && CFEqual(key, __CFStringMakeConstantString(live->key));
+    cf::Owned<CFTypeRef> value = isLive ? live->read() : nullptr;
+    return value ? std::move(value)
+                 : cf::Owned<CFTypeRef>(cf::Retained(CFDictionaryGetValue(properties.get(), key)));
 }
 
 Registry::Registry(uint64_t firstID)

@@ -29,6 +29,13 @@ struct ServiceState {
     std::optional<uint64_t> busyTime = 0; ///< in ns, so far; none where it is not counted
 };
 
+/// A property that changes all the time, as counters do.
+struct LiveProperty {
+    const char* key; ///< a literal
+    std::function<cf::Owned<CFTypeRef>()>
+        read; ///< the value as it is now; null when that cannot be found out any more
+};
+
 struct Entry;
 
 /// An entry's place in a plane. What is put together from several disks has several parents; the first is its own.
@@ -43,8 +50,7 @@ struct Entry {
     std::string location; ///< tells it from others of its name beside it, as after the "@"; "" for none
     const Class* objectClass; ///< never null
     cf::Owned<CFDictionaryRef> properties; ///< never null; as they were when the registry was read
-    /// Makes the properties as they are now, for an entry with some that change all the time, as counters do; else empty.
-    std::function<cf::Owned<CFDictionaryRef>()> readProperties;
+    std::optional<LiveProperty> live; ///< besides those, or in the place of one
     std::optional<ServiceState> service; ///< none where it is no service
     uint64_t id; ///< of this entry alone
     uint32_t retainCount; ///< the registry itself, the parents and the children hold it
@@ -71,7 +77,7 @@ struct Entry {
     cf::Owned<CFTypeRef> currentProperty(CFStringRef key) const;
 };
 
-/// The entries, as their source found them: nothing refreshes them but their readProperties. Sources fill a registry from
+/// The entries, as their source found them: nothing refreshes them but what is live. Sources fill a registry from
 /// the root down. Moving it leaves the entries where they are.
 class Registry {
 public:

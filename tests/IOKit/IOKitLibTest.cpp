@@ -251,7 +251,7 @@ TEST_F(IOKitLibTest, CutsNamesAndRefusesPathsThatAreTooLong)
 }
 
 struct News : iokit::Source {
-    std::string version() const override { return now; }
+    std::string version() override { return now; }
     std::shared_ptr<const iokit::Registry> read() override
     {
         ++reads;
@@ -278,8 +278,11 @@ TEST_F(IOKitLibTest, ReadsCountersAsTheyAreWhenAsked)
 {
     iokit::Registry registry;
     iokit::Entry& driver = registry.add(registry.root(), "IOBlockStorageDriver", "Driver", "", {});
-    driver.readProperties
-        = [count = uint64_t { 0 }]() mutable { return Properties().number("Statistics", ++count).take(); };
+    driver.properties = Properties().number("Statistics", 77).text("Other", "text").take();
+    driver.live = { "Statistics", [count = int64_t { 0 }]() mutable {
+                       return cf::Owned<CFTypeRef>(
+                           ++count < 4 ? CFNumberCreate(nullptr, kCFNumberSInt64Type, &count) : nullptr);
+                   } };
     use(std::move(registry));
     const io_service_t held
         = IOServiceGetMatchingService(kIOMasterPortDefault, IOServiceMatching("IOBlockStorageDriver"));
@@ -291,7 +294,10 @@ TEST_F(IOKitLibTest, ReadsCountersAsTheyAreWhenAsked)
     CFMutableDictionaryRef all = nullptr;
     ASSERT_EQ(IORegistryEntryCreateCFProperties(held, &all, nullptr, 0), kIOReturnSuccess);
     EXPECT_EQ(iokit::NumberOf(CFDictionaryGetValue(all, CFSTR("Statistics"))), 3U);
+    EXPECT_EQ(CFDictionaryGetCount(all), 2);
     CFRelease(all);
+    const cf::Owned<CFTypeRef> first(IORegistryEntryCreateCFProperty(held, CFSTR("Statistics"), nullptr, 0));
+    EXPECT_EQ(iokit::NumberOf(first.get()), 77U) << "what it was when it cannot be asked any more";
     IOObjectRelease(held);
 }
 

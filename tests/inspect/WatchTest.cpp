@@ -18,12 +18,13 @@ namespace {
 void AddDisk(iokit::Registry& registry, const std::string& name, std::function<uint64_t()> count)
 {
     iokit::Entry& driver = registry.add(registry.root(), "IOBlockStorageDriver", "Driver", "", nullptr);
-    driver.readProperties = [count = std::move(count)] {
-        const uint64_t operations = count();
-        iokit::Properties statistics;
-        statistics.number("Operations (Read)", operations).number("Bytes (Read)", operations * 1024);
-        return iokit::Properties().dictionary("Statistics", statistics).take();
-    };
+    driver.live
+        = { "Statistics", [count = std::move(count)] {
+               const uint64_t operations = count();
+               iokit::Properties statistics;
+               statistics.number("Operations (Read)", operations).number("Bytes (Read)", operations * 1024);
+               return cf::Owned<CFTypeRef>(statistics.take().release());
+           } };
     registry.add(driver, "IOMedia", "Media", "",
         iokit::Properties().text("BSD Name", name).flag("Whole", true).take());
 }
