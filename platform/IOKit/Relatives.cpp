@@ -96,8 +96,8 @@ std::string PathOf(const Registry& registry, const Entry& entry, Plane plane)
     const auto* const named = std::find_if(
         kPlanes.begin(), kPlanes.end(), [plane](const NamedPlane& known) { return known.plane == plane; });
     std::string path = std::string(named->name) + (way.empty() ? ":/" : ":");
-    for (auto one = way.rbegin(); one != way.rend(); ++one)
-        path += '/' + (*one)->fullName();
+    for (; !way.empty(); way.pop_back())
+        path += '/' + way.back()->fullName();
     return path;
 }
 

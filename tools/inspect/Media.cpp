@@ -65,6 +65,28 @@ constexpr std::array kPartitionTypes {
     Word { kPartitionWindowsNTFS, "NTFS" },
 };
 
+/// Partitions with a GUID in the place of a name.
+struct Content {
+    const char* guid;
+    const char* word;
+};
+
+constexpr std::array kContents {
+    Content { "C12A7328-F81F-11D2-BA4B-00A0C93EC93B", "EFI" },
+    Content { "426F6F74-0000-11AA-AA11-00306543ECAC", "Apple boot" },
+    Content { "48465300-0000-11AA-AA11-00306543ECAC", "HFS" },
+    Content { "52414944-0000-11AA-AA11-00306543ECAC", "Apple RAID" },
+    Content { "53746F72-6167-11AA-AA11-00306543ECAC", "CoreStorage" },
+    Content { "7C3457EF-0000-11AA-AA11-00306543ECAC", "APFS container" },
+    Content { "41504653-0000-11AA-AA11-00306543ECAC", "APFS volume" },
+    Content { "69646961-6700-11AA-AA11-00306543ECAC", "APFS container" },
+    Content { "52637672-7900-11AA-AA11-00306543ECAC", "APFS container" },
+    Content { "FA709C7E-65B1-4593-BFD5-E71D61DE9B02", "Kelvane RAID" },
+    Content { "EBD0A0A2-B9E5-4433-87C0-68B6B72699C7", "Microsoft" },
+    Content { "0FC63DAF-8483-4772-8E79-3D69D8477DE4", "Linux" },
+    Content { "0657FD6D-A4AB-43C4-84E5-0933C84B4F4F", "Linux swap" },
+};
+
 constexpr std::array kRoles {
     Word { kAPFSRoleOther, "other" },
     Word { kAPFSRolePreBoot, "preboot" },
@@ -167,19 +189,18 @@ void AddNames(io_registry_entry_t media, Record& record)
     record.push_back({ "location", "Location", TextOrNone(location.data()) });
 }
 
-/// What a partition is for, as far as the library has words for it.
-Value PartitionKind(const Medium& medium)
+/// What a partition is for: the word for its GUID, or the name that other tables have.
+Value PartitionKind(io_registry_entry_t media)
 {
-    const io_registry_entry_t media = medium.object.get();
-    if (IsAPFS_Volume(media))
-        return "APFS volume";
-    if (IsIOMediaContainingAPFS_Container(media))
-        return "APFS container";
-    if (IsDiskAppleBootPartition(medium.name.c_str()))
-        return "Apple boot";
-    if (IsKelvane_Volume(media))
-        return "Kelvane RAID";
-    return IsAppleRAID_Volume(media) ? Value("Apple RAID") : Value();
+    const std::string content = StdString(
+        CFDynamicCast<CFStringRef>(OwnProperty(media, CFSTR("Content")).get(), CFStringGetTypeID()));
+    const auto* const known = std::find_if(
+        kContents.begin(), kContents.end(), [&content](const Content& one) { return content == one.guid; });
+    if (known != kContents.end())
+        return known->word;
+    const CFRef<CFStringRef> text = CFText(content);
+    const CFRef<CFUUIDRef> guid(text ? CFUUIDCreateFromString(kCFAllocatorDefault, text.get()) : nullptr);
+    return guid ? Value() : TextOrNone(content.c_str());
 }
 
 void AddContent(const Medium& medium, Record& record)
@@ -188,7 +209,7 @@ void AddContent(const Medium& medium, Record& record)
     Buffer uuid {};
     GPT_UUID_ForDisk(media, uuid.data(), uuid.size());
     record.push_back({ "partitionType", "Partition type",
-        medium.isPartition ? PartitionKind(medium)
+        medium.isPartition ? PartitionKind(media)
                            : Worded(kPartitionTypes, VolumePartitionTypeOnDisk(media)) });
     record.push_back({ "content", "Content", StringOrNone(OwnProperty(media, CFSTR("Content")).get()) });
     record.push_back(
