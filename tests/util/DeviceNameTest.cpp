@@ -18,7 +18,7 @@ std::string Changed(void (*change)(char*, Size...), const std::string& text, Siz
     std::string buffer(std::max({ text.size() + 1, size... }), 'x');
     buffer.replace(0, text.size() + 1, text.c_str(), text.size() + 1);
     change(buffer.data(), size...);
-    return buffer.c_str();
+    return buffer.substr(0, buffer.find('\0'));
 }
 
 std::string Extracted(const char* path, size_t size = 16)
@@ -92,7 +92,7 @@ TEST(DeviceNames, AreTakenOutOfPaths)
         std::string name(size, 'x');
         const bool fits = ExtractBSD_DiskNameFromBSD_PartitionName(partition, name.data(), size);
         EXPECT_EQ(name.back(), 0) << "zeroed to its end";
-        return (fits ? "" : "cut ") + std::string(name.c_str());
+        return (fits ? "" : "cut ") + name.substr(0, name.find('\0'));
     };
     EXPECT_EQ(disk("disk2s1", 16), "disk2");
     EXPECT_EQ(disk("disk3s1s1", 16), "disk3");

@@ -14,7 +14,7 @@ std::string Written(size_t size, const std::function<void(char*, size_t)>& write
     std::string buffer(size, 'x');
     write(buffer.data(), size);
     EXPECT_EQ(buffer.find_first_not_of('\0', buffer.find('\0')), std::string::npos) << "zeroed to its end";
-    return buffer.c_str();
+    return buffer.substr(0, buffer.find('\0'));
 }
 
 class DriveTest : public RecordedMac {
@@ -184,7 +184,7 @@ TEST_F(DriveTest, HasAPlaceInTheComputer)
             = record({ { "IOPCIDevice", properties }, { "IOMedia", { R"("BSD Name" = "disk0")" } } });
         const std::string byName = Written(
             size, [](char* buffer, size_t room) { FillInDeviceLocationWithBSDName("disk0", buffer, room); });
-        const std::string byObject = Written(size, [&media](char* buffer, size_t room) {
+        std::string byObject = Written(size, [&media](char* buffer, size_t room) {
             FillInDeviceLocationWithIOServiceObject(media.get(), buffer, room);
         });
         EXPECT_EQ(byName, byObject);

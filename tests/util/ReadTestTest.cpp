@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -82,9 +83,9 @@ TEST_F(ReadTest, ReadsFourBlocksFarApart)
     uint64_t read = 0;
     bool isClosed = false;
     while (fgets(line.data(), line.size(), text) != nullptr) {
-        unsigned long long offset = 0;
         const std::string call = line.data();
-        if (sscanf(call.c_str(), "lseek(%*d, %llu", &offset) == 1) {
+        if (call.starts_with("lseek(")) {
+            const uint64_t offset = std::strtoull(call.c_str() + call.find(' '), nullptr, 10);
             const uint64_t latest = stride * read++ / 3 + base;
             bool isPlace = false; // one of 256, within a hundredth of the disk
             for (uint64_t chance = 0; chance < 256; ++chance)

@@ -36,11 +36,11 @@ protected:
         for (const Level& level : levels) {
             depth = level.depth > 0 ? level.depth : depth + 1;
             const std::string bars(depth * 2, ' ');
-            text += bars + "+-o Entry  <class " + level.className + ", id " + numbered(++number)
-                + ", registered, matched, active, busy 0, retain 5>\n" + bars + "    {\n";
+            text.append(bars).append("+-o Entry  <class " + level.className + ", id " + numbered(++number));
+            text.append(", registered, matched, active, busy 0, retain 5>\n").append(bars).append("    {\n");
             for (const std::string& property : level.properties)
-                text += bars + "      " + property + '\n';
-            text += bars + "    }\n";
+                text.append(bars).append("      ").append(property).append("\n");
+            text.append(bars).append("    }\n");
         }
         std::optional<iokit::Recording> recording = iokit::ReadRecording(text);
         if (!recording || recording->unreadable > 0) {
