@@ -17,16 +17,10 @@ namespace {
 
 constexpr std::string_view kAPFSVolume = "41504653-0000-11AA-AA11-00306543ECAC";
 
-/// @return the BSD name of a medium; "" of anything else.
-std::string BSDName(const Entry& entry)
-{
-    return entry.conformsTo("IOMedia") ? cf::TextOf(entry.property("BSD Name")) : "";
-}
-
 /// @param session, of all of these, may be null or something else. @param media may be none.
 cf::Owned<DADiskRef> MakeDisk(DASessionRef session, Held media)
 {
-    std::string name = media ? BSDName(*media.entry) : "";
+    std::string name = media ? media->bsdName() : "";
     if (name.empty() || cf::As<__DASession>(session) == nullptr)
         return nullptr;
     return cf::Owned<DADiskRef>(new __DADisk(session, std::move(media), std::move(name)));
@@ -127,7 +121,7 @@ DADiskRef DADiskCopyWholeDisk(DADiskRef disk)
 {
     const auto* const known = cf::As<__DADisk>(disk);
     const Entry* one = known != nullptr ? known->media.entry : nullptr;
-    while (one != nullptr && (BSDName(*one).empty() || !iokit::IsTrue(one->property("Whole"))))
+    while (one != nullptr && (one->bsdName().empty() || !iokit::IsTrue(one->property("Whole"))))
         one = one->parent();
     if (one == nullptr)
         return nullptr;

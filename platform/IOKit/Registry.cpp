@@ -30,6 +30,8 @@ const Entry* Entry::parent(Plane plane) const
     return parents.empty() ? nullptr : parents.front();
 }
 
+std::string Entry::bsdName() const { return conformsTo("IOMedia") ? cf::TextOf(property("BSD Name")) : ""; }
+
 CFTypeRef Entry::property(const char* key) const
 {
     return CFDictionaryGetValue(properties.get(), __CFStringMakeConstantString(key));

@@ -69,6 +69,7 @@ struct Entry {
     /// "name@location", or the name where there is no location.
     std::string fullName() const { return location.empty() ? name : name + '@' + location; }
 
+    std::string bsdName() const; ///< of a medium; "" of anything else
     /// @return the value, which the entry keeps; null when there is none.
     CFTypeRef property(const char* key) const;
     /// The properties as they are now; never null.

@@ -54,11 +54,6 @@ std::string ContentOf(const Entry& media)
                                                  : WordsFor(cf::TextOf(media.property("Content")));
 }
 
-std::string BSDName(const Entry& entry)
-{
-    return entry.conformsTo("IOMedia") ? cf::TextOf(entry.property("BSD Name")) : "";
-}
-
 bool IsWhole(const Entry& media) { return iokit::IsTrue(media.property("Whole")); }
 
 /// What a partition is called, or a volume that several partitions make; "" where that only numbers it, or names the drive.
@@ -92,7 +87,7 @@ std::vector<std::string> StoresOf(const Entry& media)
         for (const Entry* parent : one.in(iokit::Plane::Service).parents) {
             if (!known.insert(parent).second)
                 continue;
-            if (const std::string name = BSDName(*parent); !name.empty())
+            if (const std::string name = parent->bsdName(); !name.empty())
                 stores.push_back(name);
             else
                 waiting.push_back(parent);
@@ -144,18 +139,18 @@ private:
     {
         std::vector<const Entry*> media;
         for (const Entry& entry : fRegistry->entries()) {
-            if (!BSDName(entry).empty())
+            if (!entry.bsdName().empty())
                 media.push_back(&entry);
         }
         std::stable_sort(media.begin(), media.end(), [](const Entry* first, const Entry* second) {
-            return ComesBefore(BSDName(*first), BSDName(*second));
+            return ComesBefore(first->bsdName(), second->bsdName());
         });
         return media;
     }
 
     void add(const Entry& media)
     {
-        const auto known = fPlaces.find(WholeName(BSDName(media)));
+        const auto known = fPlaces.find(WholeName(media.bsdName()));
         if (!IsWhole(media)) {
             if (known != fPlaces.end())
                 fDisks[known->second].partitions.push_back(listed(media));
@@ -184,7 +179,7 @@ private:
         };
         const std::string content = ContentOf(media);
         const std::string name = fact(kDADiskDescriptionVolumeNameKey);
-        return { BSDName(media), content.empty() ? fact(kDADiskDescriptionVolumeKindKey) : content,
+        return { media.bsdName(), content.empty() ? fact(kDADiskDescriptionVolumeKindKey) : content,
             name.empty() ? OwnName(media) : name, cf::TextOf(media.property("UUID")),
             iokit::NumberOf(media.property("Size")).value_or(0) };
     }
