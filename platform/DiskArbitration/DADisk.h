@@ -2,10 +2,11 @@
 
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFURL.h>
+#include <DiskArbitration/DADissenter.h>
 #include <DiskArbitration/DASession.h>
 #include <IOKit/IOTypes.h>
 
-// The part of Apple's <DiskArbitration/DADisk.h> that describes disks. A disk stands for a medium of the device registry,
+// The part of Apple's <DiskArbitration/DADisk.h> for disks: what they are, and requests to mount and eject them. A disk stands for a medium of the device registry,
 // whole or a partition, and for the volume on it; it holds both, and its session, as long as it lives.
 //
 // Functions that create answer null for null, for what there is not, and for objects that are no media or have no BSD name.
@@ -76,5 +77,49 @@ CF_EXPORT io_service_t DADiskCopyIOMedia(DADiskRef disk);
 /// @return the disk of which this one is a part, itself where it is whole; to be released by the caller. Null where the
 /// registry has none.
 CF_EXPORT DADiskRef DADiskCopyWholeDisk(DADiskRef disk) CF_RETURNS_RETAINED;
+
+// Requests. They are made at once and never wait; the answer comes through the callback, once, on the run loop that the
+// disk's session is scheduled with, refusals as well. An answer whose session has gone comes no more, but what was asked for
+// is done nevertheless. The disk is held until the answer. A null disk is left alone, without an answer.
+
+using DADiskMountOptions = UInt32;
+enum : DADiskMountOptions {
+    kDADiskMountOptionDefault = 0,
+    kDADiskMountOptionWhole = 1 ///< all volumes of the disk
+};
+
+using DADiskUnmountOptions = UInt32;
+enum : DADiskUnmountOptions {
+    kDADiskUnmountOptionDefault = 0,
+    kDADiskUnmountOptionWhole = 1, ///< all volumes of the disk
+    kDADiskUnmountOptionForce = 0x00080000 ///< although files are open
+};
+
+using DADiskEjectOptions = UInt32;
+enum : DADiskEjectOptions { kDADiskEjectOptionDefault = 0 };
+
+using DADiskRenameOptions = UInt32;
+enum : DADiskRenameOptions { kDADiskRenameOptionDefault = 0 };
+
+/// @param dissenter null when it was done; good for the length of the call. @param context as it was given.
+using DADiskMountCallback = void (*)(DADiskRef disk, DADissenterRef dissenter, void* context);
+using DADiskUnmountCallback = DADiskMountCallback;
+using DADiskEjectCallback = DADiskMountCallback;
+using DADiskRenameCallback = DADiskMountCallback;
+
+/// @param path null: the system chooses the folder, and any other is refused. @param callback here and below may be null.
+CF_EXPORT void DADiskMount(
+    DADiskRef disk, CFURLRef path, DADiskMountOptions options, DADiskMountCallback callback, void* context);
+/// @param arguments texts, as mount's option -o has them, ended by null: "rdonly", "nobrowse" and so on; others than these are
+/// refused.
+CF_EXPORT void DADiskMountWithArguments(DADiskRef disk, CFURLRef path, DADiskMountOptions options,
+    DADiskMountCallback callback, void* context, CFStringRef arguments[]);
+CF_EXPORT void DADiskUnmount(
+    DADiskRef disk, DADiskUnmountOptions options, DADiskUnmountCallback callback, void* context);
+/// A medium leaves its drive, a disk image its device. Refused while a volume is mounted.
+CF_EXPORT void DADiskEject(
+    DADiskRef disk, DADiskEjectOptions options, DADiskEjectCallback callback, void* context);
+CF_EXPORT void DADiskRename(DADiskRef disk, CFStringRef name, DADiskRenameOptions options,
+    DADiskRenameCallback callback, void* context);
 
 CF_EXTERN_C_END

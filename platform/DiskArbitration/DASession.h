@@ -1,6 +1,6 @@
 #pragma once
 
-#include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CFRunLoop.h>
 
 CF_EXTERN_C_BEGIN
 
@@ -12,5 +12,11 @@ CF_EXPORT CFTypeID DASessionGetTypeID();
 
 /// @return to be released by the caller. Never null, whatever of the host is out of reach.
 CF_EXPORT DASessionRef DASessionCreate(CFAllocatorRef allocator) CF_RETURNS_RETAINED;
+
+/// From now on answers to this session's requests come on that loop, while it runs in that mode. What was answered before is
+/// kept until then. Nothing is done for null.
+CF_EXPORT void DASessionScheduleWithRunLoop(DASessionRef session, CFRunLoopRef runLoop, CFStringRef runLoopMode);
+CF_EXPORT void DASessionUnscheduleFromRunLoop(
+    DASessionRef session, CFRunLoopRef runLoop, CFStringRef runLoopMode);
 
 CF_EXTERN_C_END
