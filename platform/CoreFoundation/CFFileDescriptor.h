@@ -30,8 +30,8 @@ CF_EXPORT CFTypeID CFFileDescriptorGetTypeID();
 /// @param fd open. @param closeOnInvalidate whether the object is to close it.
 /// @param callout not null. @param context copied; may be null.
 /// @return without any callback enabled; to be released by the caller. Null for a negative fd.
-CF_EXPORT CFFileDescriptorRef CFFileDescriptorCreate(CFAllocatorRef allocator, CFFileDescriptorNativeDescriptor fd,
-    Boolean closeOnInvalidate, CFFileDescriptorCallBack callout,
+CF_EXPORT CFFileDescriptorRef CFFileDescriptorCreate(CFAllocatorRef allocator,
+    CFFileDescriptorNativeDescriptor fd, Boolean closeOnInvalidate, CFFileDescriptorCallBack callout,
     const CFFileDescriptorContext* context) CF_RETURNS_RETAINED;
 /// Each is called once.
 CF_EXPORT void CFFileDescriptorEnableCallBacks(CFFileDescriptorRef f, CFOptionFlags callBackTypes);
@@ -39,7 +39,7 @@ CF_EXPORT void CFFileDescriptorDisableCallBacks(CFFileDescriptorRef f, CFOptionF
 /// No callback comes any more. Happens by itself with the last reference.
 CF_EXPORT void CFFileDescriptorInvalidate(CFFileDescriptorRef f);
 CF_EXPORT Boolean CFFileDescriptorIsValid(CFFileDescriptorRef f);
-/// @return the object's one source, which holds the object; to be released by the caller. Null for an invalid object.
+/// @return a source that holds the object; to be released by the caller. Null for an invalid object.
 CF_EXPORT CFRunLoopSourceRef CFFileDescriptorCreateRunLoopSource(
     CFAllocatorRef allocator, CFFileDescriptorRef f, CFIndex order) CF_RETURNS_RETAINED;
 

@@ -31,7 +31,8 @@ struct CFRunLoopSourceContext {
     const void* (*retain)(const void* info);
     void (*release)(const void* info);
     CFStringRef (*copyDescription)(const void* info); ///< is not asked
-    Boolean (*equal)(const void* info1, const void* info2); ///< is not asked: sources are compared by identity
+    Boolean (*equal)(
+        const void* info1, const void* info2); ///< is not asked: sources are compared by identity
     CFHashCode (*hash)(const void* info); ///< is not asked
     void (*schedule)(void* info, CFRunLoopRef rl, CFRunLoopMode mode); ///< after it was added to a mode
     void (*cancel)(void* info, CFRunLoopRef rl, CFRunLoopMode mode); ///< after it was taken from a mode
