@@ -25,13 +25,13 @@ set(ZEK_TEST_ENVIRONMENT HOST_TOOLS_FOLDER=${CMAKE_BINARY_DIR}/mac-tools ZEK_STA
     DBUS_SESSION_BUS_ADDRESS=none: DBUS_SYSTEM_BUS_ADDRESS=none: SECURITY_AGENT_ANSWER=allow)
 
 # zek_test(name SOURCES... LIBRARIES... [HEADERS <header>...] [LABEL label]): one GoogleTest program, each of its tests known
-# to ctest by name. HEADERS are large ones that many of its sources have in common: they are compiled once, which takes as
+# to ctest by name, with this machine's disks out of its reach. HEADERS are large ones that many of its sources have in common: they are compiled once, which takes as
 # long as four or five sources that include them.
 function(zek_test name)
     cmake_parse_arguments(ARG "" "LABEL" "SOURCES;LIBRARIES;HEADERS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
-    target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
+    target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} disk_guard GTest::gmock GTest::gtest GTest::gtest_main)
     set(label)
     if(ARG_LABEL)
         set(label LABELS ${ARG_LABEL})

@@ -1,0 +1,101 @@
+#include "tests/support/DiskGuard.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <linux/capability.h>
+#include <linux/major.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysmacros.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Of devices that are no block devices, those through which a disk can be reached all the same.
+bool LeadsToDisks(const std::string& name)
+{
+    constexpr const char* kWays[] = { "bsg/", "mem", "ng", "nvme", "port", "sg" };
+    return std::any_of(
+        std::begin(kWays), std::end(kWays), [&name](const char* way) { return name.starts_with(way); });
+}
+
+bool IsOffLimits(const fs::path& file)
+{
+    struct stat status { };
+    if (lstat(file.c_str(), &status) != 0)
+        return false;
+    if (S_ISBLK(status.st_mode))
+        return major(status.st_rdev) != LOOP_MAJOR;
+    const bool isNull = status.st_rdev == makedev(MEM_MAJOR, 3);
+    return S_ISCHR(status.st_mode) && !isNull && LeadsToDisks(file.string().substr(sizeof "/dev/" - 1));
+}
+
+std::vector<std::string> FilesOffLimits()
+{
+    std::vector<std::string> files;
+    std::error_code error; // a folder that goes while it is read
+    const auto options = fs::directory_options::skip_permission_denied;
+    for (fs::recursive_directory_iterator one("/dev", options, error), end; one != end;
+         one.increment(error)) {
+        if (IsOffLimits(one->path()))
+            files.push_back(one->path());
+    }
+    return files;
+}
+
+/// No files for devices can be made any more, by this process or those that it starts.
+bool GiveUpMakingDevices()
+{
+    __user_cap_header_struct header { _LINUX_CAPABILITY_VERSION_3, 0 };
+    __user_cap_data_struct own[2] {};
+    if (prctl(PR_CAPBSET_DROP, CAP_MKNOD) != 0 || syscall(SYS_capget, &header, own) != 0)
+        return false;
+    for (uint32_t* const set : { &own[0].effective, &own[0].permitted, &own[0].inheritable })
+        *set &= ~(1U << CAP_MKNOD);
+    return syscall(SYS_capset, &header, own) == 0;
+}
+
+bool HideDisks()
+{
+    if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+        return false;
+    const std::vector<std::string> files = FilesOffLimits();
+    return std::all_of(files.begin(), files.end(), [](const std::string& file) {
+        return mount("/dev/null", file.c_str(), nullptr, MS_BIND, nullptr) == 0;
+    });
+}
+
+bool Guard()
+{
+    const bool isDone = geteuid() == 0 && HideDisks() && GiveUpMakingDevices();
+    const std::vector<std::string> reached = isDone ? std::vector<std::string>() : DisksInReach();
+    if (reached.empty())
+        return true;
+    std::fprintf(stderr, "This test could touch %s, so it is not run.\n", reached.front().c_str());
+    std::_Exit(EXIT_FAILURE);
+}
+
+[[maybe_unused]] const bool kIsGuarded = Guard();
+
+}
+
+std::vector<std::string> DisksInReach()
+{
+    std::vector<std::string> files = FilesOffLimits();
+    std::erase_if(files, [](const std::string& file) {
+        const int opened = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        if (opened >= 0)
+            close(opened);
+        return opened < 0;
+    });
+    return files;
+}
