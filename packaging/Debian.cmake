@@ -28,6 +28,6 @@ set(CPACK_DEBIAN_PACKAGE_DEPENDS "pkexec, polkitd, procps, qt6-image-formats-plu
 # Whoever lacks these still has the unattended mode, or can do without the links.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "dbus-user-session | dbus-session-bus, lxpolkit | polkit-1-auth-agent, xdg-utils")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "fonts-noto-cjk | fonts-wqy-microhei, qt6-wayland, xdg-desktop-portal")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "apfsprogs, dosfstools, exfatprogs, fonts-noto-cjk | fonts-wqy-microhei, qt6-wayland, udisks2, xdg-desktop-portal")
 
 include(CPack)

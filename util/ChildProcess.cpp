@@ -5,11 +5,14 @@
 #include <Host/HostPath.h>
 #include <Host/ProgramStart.h>
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
+
+constexpr size_t kPieceSize = 256;
 
 ChildEnd WaitFor(pid_t child)
 {
@@ -32,14 +35,16 @@ ChildEnd RunTool(const ToolCall& call)
     const std::vector<char*> arguments = PointersTo(texts);
 
     const pid_t child = fork();
+    if (child < 0 && call.endsWithoutChild)
+        exit(EXIT_FAILURE);
     if (child < 0)
         return {};
     if (child == 0) {
         if (call.prepare)
             call.prepare();
         execv(path.c_str(), arguments.data());
-        if (call.endsWithoutTool)
-            _exit(0);
+        if (call.statusWithoutTool)
+            _exit(*call.statusWithoutTool);
         return { .isChild = true };
     }
     if (call.attend)
@@ -65,6 +70,22 @@ ChildEnd RunToolReading(const ToolCall& call, const std::function<void(int outpu
         output.closeReadEnd();
     };
     return RunTool(whole);
+}
+
+std::string ReadPiece(int output, size_t limit)
+{
+    std::string piece(limit, 0);
+    ssize_t count = 0;
+    do
+        count = read(output, piece.data(), piece.size());
+    while (count < 0 && errno == EINTR);
+    piece.resize(count > 0 ? static_cast<size_t>(count) : 0);
+    return piece;
+}
+
+void ReadAndDiscard(int output)
+{
+    while (!ReadPiece(output, kPieceSize).empty()) { }
 }
 
 void MakeStandardOutput(int descriptor)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -17,9 +18,11 @@ struct ToolCall {
     /// In the parent, before it waits: reading what the child writes. Whatever the child could wait for has to be over
     /// when this returns.
     std::function<void()> attend {};
-    /// Whether a child that cannot execute the tool ends with status 0. Else it comes back from RunTool as a copy of the
+    /// With what status a child ends that cannot execute the tool. With none it comes back from RunTool as a copy of the
     /// caller, and the caller decides what to answer there.
-    bool endsWithoutTool = true;
+    std::optional<int> statusWithoutTool = 0;
+    /// Whether a caller that cannot be forked ends, with status 1.
+    bool endsWithoutChild = false;
 };
 
 /// What came of a child.
@@ -43,6 +46,13 @@ ChildEnd RunTool(const ToolCall& call);
 /// @param read is called with the end of a pipe, before the wait. What it leaves unread has no reader any more, so that the
 /// tool does not wait for one. Without a pipe nothing is run.
 ChildEnd RunToolReading(const ToolCall& call, const std::function<void(int output)>& read);
+
+// For RunToolReading: what is read from the pipe.
+
+/// One piece of what there is. @param limit in bytes. @return "" at the end, and when it cannot be read.
+std::string ReadPiece(int output, size_t limit);
+/// Everything to the end, to be forgotten.
+void ReadAndDiscard(int output);
 
 /// For ToolCall::prepare: what the descriptor leads to becomes the tool's standard output, also where the caller has none
 /// and the descriptor has taken its number.

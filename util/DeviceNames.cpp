@@ -11,6 +11,8 @@
 namespace {
 
 constexpr std::string_view kDigits = "0123456789";
+constexpr std::string_view kLettersAndDigits
+    = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
 constexpr std::string_view kDisk = "disk";
 
 bool StartsWith(const char* text, std::string_view prefix)
@@ -24,6 +26,13 @@ size_t Span(std::string_view text, std::string_view characters)
     return std::min(text.find_first_not_of(characters), text.size());
 }
 
+}
+
+bool IsPlainBSDName(const char* name)
+{
+    constexpr size_t longest = 31;
+    const std::string_view text = name != nullptr ? name : "";
+    return !text.empty() && text.size() <= longest && Span(text, kLettersAndDigits) == text.size();
 }
 
 bool PathnameIsRawDisk(const char* path)

@@ -6,6 +6,9 @@
 // BSD names, "disk2" of a whole disk and "disk2s3" of a partition, and the pathnames "/dev/disk2" and "/dev/rdisk2" of block
 // and raw devices. Texts end in a zero byte; null is none of all this, and is left alone.
 
+/// Whether it is at most 31 letters and digits, as every BSD name is: a text that is not must not reach a tool.
+bool IsPlainBSDName(const char* name);
+
 /// Whether the path begins with "/dev/rdisk" or "/dev/null".
 bool PathnameIsRawDisk(const char* path);
 

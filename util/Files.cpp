@@ -54,7 +54,7 @@ bool RemoveFileOrDirectory(const char* path)
     if (!FileOrDirectoryExists(path, nullptr, nullptr))
         return true;
     ToolCall call { "/bin/rm", { "rm", "-rf", HostPath(path) } };
-    call.endsWithoutTool = false;
+    call.statusWithoutTool.reset();
     const ChildEnd end = RunTool(call);
     return !end.isChild && end.succeeded();
 }
@@ -64,10 +64,7 @@ bool CreateSymbolicLink(const char* target, const char* linkPath)
     if (target == nullptr || linkPath == nullptr)
         return false;
     const ToolCall call { "/bin/ln", { "ln", "-s", HostPath(target), HostPath(linkPath) } };
-    const auto readOnce = [](int output) {
-        std::array<char, 256> unused {};
-        (void)!read(output, unused.data(), unused.size());
-    };
+    const auto readOnce = [](int output) { ReadPiece(output, 256); };
     return RunToolReading(call, readOnce).succeeded();
 }
 

@@ -74,7 +74,7 @@ pid_t Get_ProcessID(const char* name)
         return 0;
     pid_t found = 0;
     ToolCall call { "/bin/ps", { "ps", "acxww" } };
-    call.endsWithoutTool = false;
+    call.statusWithoutTool.reset();
     const auto search = [&found, name](int output) { found = SearchOutput(output, name); };
     return RunToolReading(call, search).isChild ? 0 : found;
 }
@@ -125,7 +125,7 @@ bool CodeSignatureValid(const char* path)
         return false;
     ToolCall call { "/usr/bin/codesign", { "codesign", "--verify", path } };
     call.prepare = [] { DisableStdIO(); };
-    call.endsWithoutTool = false;
+    call.statusWithoutTool.reset();
     const ChildEnd end = RunTool(call);
     // The exit status alone is looked at, which is 0 as well for a tool that was killed.
     return !end.isChild && end.isKnown() && ((end.status >> 8) & 0xff) == 0;

@@ -10,7 +10,8 @@
 /// What is asked of MountUnmountVolumeWithRec().
 struct MountUnmountRec {
     const char* bsdName; ///< of a disk or partition
-    uint32_t dissenterProcessID; ///< out: the process because of which a request was refused; 0 for none or an unknown one
+    uint32_t
+        dissenterProcessID; ///< out: the process because of which a request was refused; 0 for none or an unknown one
     bool mount; ///< else unmount
     bool mountWithArguments; ///< mount with "perm" and "nobrowse", so that nobody is shown the volume
     bool force; ///< unmount although files are open

@@ -2,6 +2,7 @@
 
 #include "util/CFRef.h"
 #include "util/ChildProcess.h"
+#include "util/DeviceNames.h"
 #include "util/Files.h"
 #include "util/RegistryProperties.h"
 
@@ -136,14 +137,10 @@ CFUUIDRef CreateVolumeCFUUID(const char* volumePath)
 bool GetNewUUID_ForVolume(const char* bsdName)
 {
     constexpr int changed = 253; // the tool's status for that
-    if (bsdName == nullptr)
+    if (!IsPlainBSDName(bsdName))
         return false;
     ToolCall call { HFSUtility(), { "hfs.util", "-s", bsdName } };
     call.prepare = [] { (void)!setuid(0); }; // the tool itself refuses whoever has no right
-    const auto readAll = [](int output) {
-        std::array<char, 512> unused {};
-        while (read(output, unused.data(), unused.size()) > 0) { }
-    };
-    const ChildEnd end = RunToolReading(call, readAll);
+    const ChildEnd end = RunToolReading(call, ReadAndDiscard);
     return end.isKnown() && WIFEXITED(end.status) && WEXITSTATUS(end.status) == changed;
 }

@@ -5,11 +5,12 @@ packages=(cmake ninja-build g++ pkg-config libplist-dev libexpat1-dev libicu-dev
     qt6-base-dev qt6-tools-dev libqt6opengl6-dev libgl1-mesa-dev qt6-image-formats-plugins fonts-dejavu-core librsvg2-bin)
 package_packages=(dpkg-dev file)
 package_check_packages=(lintian desktop-file-utils appstream man-db)
+disk_packages=(apfsprogs btrfs-progs dosfstools e2fsprogs exfatprogs fdisk parted udev udisks2 xfsprogs)
 service_packages=(dbus dbus-user-session systemd polkitd pkexec python3-dbusmock ansible-core python3-apt)
 picture_packages=(fonts-wqy-microhei)
-test_packages=(clang clang-format clang-tidy libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev fdisk parted
+test_packages=(clang clang-format clang-tidy libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev
     nlohmann-json3-dev procps strace python3 dbus-daemon xvfb openbox xdotool "${picture_packages[@]}"
-    "${package_packages[@]}" "${service_packages[@]}")
+    "${disk_packages[@]}" "${package_packages[@]}" "${service_packages[@]}")
 
 # install_packages [PACKAGE...]: installs the missing ones among the packages named and those that everything needs;
 # says nothing when there are none.

@@ -3,3 +3,4 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreServices/AppleEvents.h>
 #include <CoreServices/MacErrors.h>
+#include <CoreServices/UserName.h>

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -31,10 +32,11 @@ constexpr Fact kFacts[] = {
     { "hw.model", CTL_HW, HW_MODEL, nullptr, ModelName },
     { "hw.ncpu", CTL_HW, HW_NCPU, ProcessorCount, nullptr },
     { "hw.memsize", CTL_HW, HW_MEMSIZE, MemorySize, nullptr },
-    { "hw.l1icachesize", CTL_HW, HW_L1ICACHESIZE, [] { return CacheSize(1, "Instruction"); }, nullptr },
-    { "hw.l1dcachesize", CTL_HW, HW_L1DCACHESIZE, [] { return CacheSize(1, "Data"); }, nullptr },
-    { "hw.l2cachesize", CTL_HW, HW_L2CACHESIZE, [] { return CacheSize(2, "Unified"); }, nullptr },
-    { "hw.l3cachesize", CTL_HW, HW_L3CACHESIZE, [] { return CacheSize(3, "Unified"); }, nullptr },
+    { "hw.l1icachesize", CTL_HW, HW_L1ICACHESIZE, [] { return CacheSize(HostTree(), 1, "Instruction"); },
+        nullptr },
+    { "hw.l1dcachesize", CTL_HW, HW_L1DCACHESIZE, [] { return CacheSize(HostTree(), 1, "Data"); }, nullptr },
+    { "hw.l2cachesize", CTL_HW, HW_L2CACHESIZE, [] { return CacheSize(HostTree(), 2, "Data"); }, nullptr },
+    { "hw.l3cachesize", CTL_HW, HW_L3CACHESIZE, [] { return CacheSize(HostTree(), 3, "Data"); }, nullptr },
 };
 
 /// Where an answer goes, and how much room there is.
@@ -67,9 +69,9 @@ int AnswerNumber(const Number& number, Room room)
     if (room.bytes == nullptr)
         return AnswerSize(sizeof *number, room);
     const auto shortNumber = static_cast<int32_t>(*number);
-    return *room.size == sizeof shortNumber
-        ? Answer(&shortNumber, sizeof shortNumber, sizeof shortNumber, room)
-        : Answer(&*number, sizeof *number, sizeof *number, room);
+    if (*room.size != sizeof shortNumber)
+        return Answer(&*number, sizeof *number, sizeof *number, room);
+    return *number <= INT32_MAX ? Answer(&shortNumber, sizeof shortNumber, sizeof shortNumber, room) : ERANGE;
 }
 
 int AnswerText(const Text& text, Room room)

@@ -9,9 +9,9 @@
 namespace {
 
 /// What makers of computers leave in, in lower case.
-constexpr std::array<const char*, 14> kUntold { "0", "default string", "invalid", "n/a", "no dimm", "none",
-    "not available", "not specified", "o.e.m.", "system product name", "system serial number",
-    "to be filled by o.e.m.", "undefined", "unknown" };
+constexpr std::array<const char*, 16> kUntold { "0", "default string", "invalid", "n/a", "no dimm", "none",
+    "not available", "not specified", "o.e.m.", "system manufacturer", "system product name",
+    "system serial number", "system version", "to be filled by o.e.m.", "undefined", "unknown" };
 
 /// @return the first text that is told.
 std::string FirstTold(const HostTree& host, std::initializer_list<const char*> names)

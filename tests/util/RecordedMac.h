@@ -17,8 +17,8 @@ struct Level {
     unsigned depth = 0; ///< 0 for one more than the entry before
 };
 
-/// Tests for which a Mac's registry is written down.
-class RecordedMac : public RegistryTest {
+/// For tests for which a Mac's registry is written down.
+class MacRecorder {
 protected:
     static std::string numbered(uint64_t number)
     {
@@ -47,7 +47,9 @@ protected:
             ADD_FAILURE() << "cannot be read: " << text;
             return {};
         }
-        use(std::move(recording->registry));
+        iokit::UseSource(std::make_unique<iokit::FixedSource>(std::move(recording->registry)));
         return IORef(IOServiceGetMatchingService(kIOMasterPortDefault, IORegistryEntryIDMatching(number)));
     }
 };
+
+class RecordedMac : public RegistryTest, protected MacRecorder { };

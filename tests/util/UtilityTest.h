@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/RegistryTest.h"
 #include "tests/support/TestVolume.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +11,7 @@
 #include <unistd.h>
 
 /// A throw-away Mac whose tools a test can replace. The test's own files lie in `folder()`.
-class UtilityTest : public testing::Test {
+class UtilityTest : public RegistryTest {
 protected:
     UtilityTest() { setenv("RECORD_ARGUMENT_ZERO", "1", 1); }
 

@@ -77,7 +77,8 @@ extern "C" {
 /// Null only if oldp is.
 /// @param newp must be null @param newlen must be 0: nothing known here can be set.
 /// @return 0, or -1 with errno: ENOENT, no such name, or the host does not tell; ENOMEM, the room is short and was filled
-/// as far as the value can be cut; EFAULT, a null where there may be none; EPERM, newp was not null.
+/// as far as the value can be cut; ERANGE, the room is 4 bytes and the number needs more; EFAULT, a null where there may be
+/// none; EPERM, newp was not null.
 int sysctl(int* name, u_int namelen, void* oldp, size_t* oldlenp, void* newp, size_t newlen);
 
 /// The same by names: "kern.osproductversion" (text: ProductVersion of the start-up volume's SystemVersion.plist),

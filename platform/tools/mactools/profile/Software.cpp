@@ -5,11 +5,11 @@
 
 #include <Darwin/SystemVersion.h>
 #include <Host/TextReading.h>
+#include <Host/UserRecord.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <pwd.h>
 #include <set>
 #include <sstream>
 #include <sys/statvfs.h>
@@ -77,11 +77,8 @@ std::string SystemVersion()
 /// "Full Name (short)".
 std::string UserName()
 {
-    const passwd* const user = getpwuid(getuid());
-    if (user == nullptr)
-        return "";
-    const std::string full(user->pw_gecos);
-    return CleanLine(full.substr(0, full.find(',')) + " (" + user->pw_name + ")");
+    const std::optional<UserRecord> user = RecordOfUser(getuid());
+    return user ? CleanLine(user->fullName + " (" + user->name + ")") : "";
 }
 
 /// "up 0:11:33:22": days, hours, minutes, seconds.
