@@ -1,14 +1,14 @@
 #include "HostPath.h"
 
+#include "UserRecord.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <pwd.h>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 
@@ -32,14 +32,10 @@ std::string FolderFromEnvironment(const char* variable)
 /// The home folder of the real user in the user database, or "".
 std::string HomeFromUserDatabase()
 {
-    std::vector<char> buffer(1024);
-    passwd entry {};
-    passwd* found = nullptr;
-    while (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE)
-        buffer.resize(buffer.size() * 2);
-    if (found == nullptr || found->pw_dir == nullptr || *found->pw_dir != '/')
+    const std::optional<UserRecord> user = RecordOfUser(getuid());
+    if (!user || !user->home.starts_with('/'))
         return {};
-    std::string home = found->pw_dir;
+    std::string home = user->home;
     home.erase(std::max<size_t>(home.find_last_not_of('/') + 1, 1));
     return home;
 }
@@ -94,7 +90,8 @@ bool IsInside(std::string_view path, std::string_view folder)
 /// The stand-in for a Mac's command-line tool, or "" when the path names none.
 std::string StandInTool(const std::string& macPath)
 {
-    static constexpr std::array<std::string_view, 4> toolFolders { "/bin", "/sbin", "/usr/bin", "/usr/sbin" };
+    static constexpr std::array<std::string_view, 5> toolFolders { "/bin", "/sbin", "/usr/bin", "/usr/sbin",
+        "/System/Library/Filesystems/hfs.fs/Contents/Resources" };
     const size_t slash = macPath.rfind('/');
     const std::string_view folder = std::string_view(macPath).substr(0, slash);
     if (std::find(toolFolders.begin(), toolFolders.end(), folder) == toolFolders.end())

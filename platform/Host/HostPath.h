@@ -22,7 +22,8 @@ std::string HostToolsFolder();
 /// opened or executed; texts keep the Mac path. The first of these that fits is the answer:
 ///   1. a path inside the start-up volume's folder: itself;
 ///   2. a path that exists in the volume: the volume's folder followed by the path;
-///   3. a program of /bin, /sbin, /usr/bin or /usr/sbin that HostToolsFolder() has: that tool;
+///   3. a program of /bin, /sbin, /usr/bin or /usr/sbin, or of the resources of
+///      "/System/Library/Filesystems/hfs.fs", that HostToolsFolder() has: that tool;
 ///   4. "/dev/disk2s1" or "/dev/rdisk2s1": the host's file for that device, where HostFindDevicesWith() gave somebody to
 ///      ask and they know it;
 ///   5. a path that exists neither there nor on the host, but whose first component is a folder of the

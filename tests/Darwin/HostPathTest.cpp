@@ -76,7 +76,8 @@ TEST_F(HostPathTest, PathsAreFoundInTheVolumeThenAmongToolsThenOnTheHost)
     for (const std::string& path : { std::string("/Library"), std::string("/usr/bin/own"),
              std::string("/Users/me/new"), std::string("//Users/other/new"), volume + "2/new" })
         EXPECT_EQ(HostPath(path), volume + path);
-    for (const char* path : { "/bin/launchctl", "/usr/sbin/launchctl" })
+    for (const char* path : { "/bin/launchctl", "/usr/sbin/launchctl",
+             "/System/Library/Filesystems/hfs.fs/Contents/Resources/launchctl" })
         EXPECT_EQ(HostPath(path), tools + "/launchctl");
     for (const std::string& path : { volume, volume + "/", volume + "/tmp/new" })
         EXPECT_EQ(HostPath(path), path);
