@@ -15,6 +15,8 @@ struct Derivation {
 
 /// By name.
 constexpr std::array kDerivations {
+    Derivation { "AirPort_Brcm4360_Interface", "IO80211Interface" },
+    Derivation { "AirPort_BrcmNIC_Interface", "IO80211Interface" },
     Derivation { "AppleACPIPlatformExpert", "IOACPIPlatformExpert" },
     Derivation { "AppleAPFSContainer", "IOStorage" },
     Derivation { "AppleAPFSContainerScheme", "IOPartitionScheme" },
@@ -79,6 +81,7 @@ constexpr std::array kDerivations {
     Derivation { "IODiskImageBlockStorageDeviceOutKernel", "IOBlockStorageDevice" },
     Derivation { "IODisplay", "IOService" },
     Derivation { "IOEmbeddedNVMeBlockDevice", "IOBlockStorageDevice" },
+    Derivation { "IOEthernetAVBInterface", "IOEthernetInterface" },
     Derivation { "IOEthernetController", "IONetworkController" },
     Derivation { "IOEthernetInterface", "IONetworkInterface" },
     Derivation { "IOFDiskPartitionScheme", "IOPartitionScheme" },

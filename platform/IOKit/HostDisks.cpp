@@ -1,6 +1,5 @@
 #include <IOKit/HostDisks.h>
 
-#include <IOKit/HostDevices.h>
 #include <IOKit/HostMedia.h>
 #include <IOKit/HostStatistics.h>
 #include <IOKit/HostStorageDevices.h>
@@ -63,10 +62,10 @@ std::vector<Disk> Numbered(std::vector<Drive> drives)
 
 class Builder {
 public:
-    Builder(Registry& registry, Entry& computer, const HostTree& host)
+    Builder(Registry& registry, Entry& computer, HostDevices& devices)
         : fRegistry(registry)
         , fComputer(computer)
-        , fDevices(registry, computer, host)
+        , fDevices(devices)
     {
     }
 
@@ -135,15 +134,15 @@ private:
 
     Registry& fRegistry;
     Entry& fComputer;
-    HostDevices fDevices;
+    HostDevices& fDevices;
     MediaByName fMedia;
 };
 
 }
 
-void AddHostDisks(Registry& registry, Entry& computer, const HostTree& host)
+void AddHostDisks(Registry& registry, Entry& computer, HostDevices& devices, const HostTree& host)
 {
-    Builder builder(registry, computer, host);
+    Builder builder(registry, computer, devices);
     std::vector<Disk> composed;
     for (Disk& disk : Numbered(HostDrives(host))) {
         if (disk.drive.isComposed())

@@ -24,6 +24,8 @@ TEST(HostRegistry, ShowsASataDiskAsAMacDoes)
     host.sataDisk().add("",
         { { "etc/machine-id", "3d1219c7c4c5404aaa1f6d2a48adfda4\n" },
             { "sys/class/dmi/id/product_name", "Desk 3\n" }, { "sys/class/dmi/id/sys_vendor", "Cormorant\n" },
+            { "sys/class/dmi/id/board_name", "Board-77\n" },
+            { "sys/class/dmi/id/product_version", "System Version\n" },
             { "sys/class/dmi/id/product_serial", "Default string\n" } });
     RegistryView view;
     view.allProperties = true;
@@ -36,6 +38,8 @@ TEST(HostRegistry, ShowsASataDiskAsAMacDoes)
   | 
   +-o Desk 3  <class IOPlatformExpertDevice, id 0x100000101, registered, matched, active, busy 0 (0 ms), retain 4>
     | {
+    |   "compatible" = <"Desk 3">
+    |   "board-id" = <"Board-77">
     |   "manufacturer" = <"Cormorant">
     |   "model" = <"Desk 3">
     |   "product-name" = <"Desk 3">
@@ -138,6 +142,20 @@ TEST(HostRegistry, ShowsASataDiskAsAMacDoes)
         }
         
 )text");
+}
+
+TEST(HostRegistry, TellsOfABoardAsItsDeviceTreeDoes)
+{
+    TestHost host;
+    host.add("sys/firmware/devicetree/base/",
+        { { "model", std::string("Heron 4 B\0", 10) },
+            { "serial-number", std::string("100000003d1d1c36\0", 17) },
+            { "compatible", std::string("heron,4-b\0maker,chip2711\0", 25) } });
+    const iokit::Registry registry = host.registry();
+    const iokit::Entry& computer = *EntriesOf(registry, "IOPlatformExpertDevice").at(0);
+    EXPECT_EQ(Property(computer, "model") + Property(computer, "IOPlatformSerialNumber"),
+        R"(<"Heron 4 B">"100000003d1d1c36")");
+    EXPECT_EQ(Property(computer, "compatible"), R"(<"heron,4-b","maker,chip2711">)");
 }
 
 TEST(HostRegistry, DescribesAnNvmeDiskThatUdevDoesNotKnow)

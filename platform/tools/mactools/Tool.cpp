@@ -1,12 +1,18 @@
 #include "Tool.h"
 
+#include "boot/Bless.h"
+#include "boot/Nvram.h"
 #include "codesign/CodeSign.h"
 #include "kext/KextCache.h"
 #include "kext/KextStat.h"
+#include "memory/VmStat.h"
 #include "power/Pmset.h"
 #include "profile/SystemProfiler.h"
 #include "registry/Diskutil.h"
 #include "registry/Ioreg.h"
+#include "volume/HfsUtil.h"
+#include "volume/Mdutil.h"
+#include "volume/Newfs.h"
 #include "volume/Vsdbutil.h"
 
 #include <CoreFoundation/CFData.h>
@@ -21,13 +27,22 @@ namespace {
 
 /// By name. CMakeLists.txt makes the links.
 constexpr auto kTools = std::to_array<Tool>({
+    { "bless", Bless },
     { "codesign", CodeSign },
     { "diskutil", Diskutil },
+    { "hfs.util", HfsUtil },
     { "ioreg", Ioreg },
     { "kextcache", KextCache },
     { "kextstat", KextStat },
+    { "mdutil", Mdutil },
+    { "newfs_apfs", NewfsApfs },
+    { "newfs_exfat", NewfsExfat },
+    { "newfs_hfs", NewfsHfs },
+    { "newfs_msdos", NewfsMsdos },
+    { "nvram", Nvram },
     { "pmset", Pmset },
     { "system_profiler", SystemProfiler },
+    { "vm_stat", VmStat },
     { "vsdbutil", Vsdbutil },
 });
 
