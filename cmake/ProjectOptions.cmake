@@ -24,18 +24,21 @@ include_directories(${PROJECT_SOURCE_DIR})
 set(ZEK_TEST_ENVIRONMENT HOST_TOOLS_FOLDER=${CMAKE_BINARY_DIR}/mac-tools ZEK_STARTUP_VOLUME=${CMAKE_BINARY_DIR}/no-volume
     DBUS_SESSION_BUS_ADDRESS=none: DBUS_SYSTEM_BUS_ADDRESS=none: SECURITY_AGENT_ANSWER=allow)
 
-# zek_test(name SOURCES... LIBRARIES... [HEADERS <header>...] [LABEL label]): one GoogleTest program, each of its tests known
+# zek_test(name SOURCES... LIBRARIES... [HEADERS <header>...] [LABEL label] [LOCK resource]): one GoogleTest program, each of its tests known
 # to ctest by name, with this machine's disks out of its reach. HEADERS are large ones that many of its sources have in common: they are compiled once, which takes as
-# long as four or five sources that include them.
+# long as four or five sources that include them. Tests with the same LOCK do not run at the same time.
 function(zek_test name)
-    cmake_parse_arguments(ARG "" "LABEL" "SOURCES;LIBRARIES;HEADERS" ${ARGN})
+    cmake_parse_arguments(ARG "" "LABEL;LOCK" "SOURCES;LIBRARIES;HEADERS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
     target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} disk_guard GTest::gmock GTest::gtest GTest::gtest_main)
-    set(label)
+    set(properties)
     if(ARG_LABEL)
-        set(label LABELS ${ARG_LABEL})
+        list(APPEND properties LABELS ${ARG_LABEL})
     endif()
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120 ${label}
+    if(ARG_LOCK)
+        list(APPEND properties RESOURCE_LOCK ${ARG_LOCK})
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120 ${properties}
         ENVIRONMENT "${ZEK_TEST_ENVIRONMENT}")
 endfunction()

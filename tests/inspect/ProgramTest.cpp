@@ -43,7 +43,9 @@ TEST_F(InspectTest, OtherCommandLinesAreRefused)
              Arguments { "disks", "--registry=" }, Arguments { "disks", "--watch=" },
              Arguments { "disks", "--watch=0" }, Arguments { "disks", "--watch=1e3" },
              Arguments { "disks", "--watch=1.2.3" }, Arguments { "disks", "--watch=nan" },
-             Arguments { "disks", "--watch=86401" }, Arguments { "disks", "--watch", "--registry", "x" } }) {
+             Arguments { "disks", "--watch=86401" }, Arguments { "disks", "--watch", "--registry", "x" },
+             Arguments { "system", "x" }, Arguments { "capture" }, Arguments { "capture", "x", "y" },
+             Arguments { "capture", "--registry", "x", "y" } }) {
         const Run refused = run(arguments);
         EXPECT_EQ(refused.status, 2) << testing::PrintToString(arguments);
         EXPECT_NE(refused.error.find("\n\nusage: velmora-inspect "), std::string::npos) << refused.error;

@@ -121,6 +121,10 @@ void Parser::chooseCommand()
     else if (fLine.request.capture && fLine.request.interval)
         fLine.problem = "there is nothing to watch in a recording, which does not change";
     operands.erase(operands.begin());
+    if (operands.size() < command->fewestOperands)
+        fLine.problem = std::string(command->name) + " needs an operand";
+    else if (operands.size() > command->mostOperands)
+        fLine.problem = std::string(command->name) + " has no use for " + operands[command->mostOperands];
     fLine.command = command;
 }
 

@@ -13,7 +13,7 @@ struct Request {
     std::vector<std::string> operands {};
     bool asJSON = false;
     std::optional<std::string>
-        capture {}; ///< path of the recorded device registry that takes this computer's place
+        capture {}; ///< path of the recorded device registry that takes this computer's place, or of a folder with one
     std::optional<Seconds> interval {}; ///< to be watched: between two readings
 };
 
@@ -30,6 +30,8 @@ struct Command {
     const char* name;
     const char* usage; ///< options and operands
     const char* help; ///< lines for --help, without a line end after the last
+    size_t fewestOperands;
+    size_t mostOperands;
     bool readsRegistry; ///< a recorded one can take this computer's place
     Findings (*find)(const Request& request);
     ExitStatus (*watch)(const Request& request); ///< null for what is not to be watched
@@ -53,6 +55,19 @@ Findings FindDisks(const Request& request);
 /// Writes what the whole disks, or those of these BSD names, do from reading to reading, until somebody ends it or nobody
 /// reads the output any more.
 ExitStatus WatchDisks(const Request& request);
+
+/// The volumes that are mounted or could be, all of them in a table or those of these BSD names or paths.
+Findings FindVolumes(const Request& request);
+
+/// What the computer is: its names, memory, processor, primary network interface and system.
+Findings DescribeComputer(const Request& request);
+
+/// What the computer starts from.
+Findings FindBootDevice(const Request& request);
+
+/// Has the system's diagnostic tools write what they say into a folder, which becomes the current one. How it goes is told on
+/// standard error, and nothing but JSON afterwards.
+Findings CaptureComputer(const Request& request);
 
 /// The entries of the device registry: the tree in a table, or those of these classes, BSD names or names with all of their
 /// properties.

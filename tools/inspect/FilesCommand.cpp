@@ -1,11 +1,10 @@
 #include "settings/NumVersion.h"
 #include "tools/inspect/Commands.h"
+#include "tools/inspect/VolumeFields.h"
 #include "util/Bundles.h"
 #include "util/Files.h"
 #include "util/Processes.h"
 #include "util/StandardFolders.h"
-#include "util/SystemVersions.h"
-#include "util/VolumeSpace.h"
 #include "util/Volumes.h"
 
 #include <array>
@@ -14,14 +13,6 @@
 namespace {
 
 using Buffer = std::array<char, 1024>;
-
-/// The text that a function put into its buffer, if it did.
-Value Text(bool isThere, const Buffer& buffer)
-{
-    return isThere && buffer[0] != 0 ? Value(buffer.data()) : Value();
-}
-
-Value Size(bool isThere, uint64_t bytes) { return isThere ? Number(bytes) : Value(); }
 
 void DescribeItem(const char* path, Record& record)
 {
@@ -35,7 +26,7 @@ void DescribeItem(const char* path, Record& record)
     record.push_back({ "name", "Name", name });
     record.push_back({ "extension", "Extension", extension != name ? Value(extension) : Value() });
     record.push_back({ "isFolder", "Folder", exists ? Value(isFolder) : Value() });
-    record.push_back(SizeField("size", "Size", Size(exists && !isFolder, size)));
+    record.push_back(SizeField("size", "Size", exists && !isFolder ? Number(size) : Value()));
     record.push_back({ "isRootsFile", "File of root's", exists ? Value(FileIsOwnedByRoot(path)) : Value() });
 }
 
@@ -43,7 +34,7 @@ Value VersionText(const char* path)
 {
     std::array<char, 16> text {};
     ConvertNumVersionToString(BundleVersion(path), text.data(), text.size(), false);
-    return text[0] != 0 ? Value(text.data()) : Value();
+    return TextOrNone(text.data());
 }
 
 void DescribeBundle(const char* path, Record& record)
@@ -56,28 +47,12 @@ void DescribeBundle(const char* path, Record& record)
         = isBundle && CreateBundleID_FromBundlePathname(path, identifier.data(), identifier.size());
     const bool hasProgram
         = isBundle && CreateExecutablePathnameFromBundlePathname(path, program.data(), program.size());
-    record.push_back({ "bundleIdentifier", "Bundle identifier", Text(hasIdentifier, identifier) });
+    record.push_back(
+        { "bundleIdentifier", "Bundle identifier", hasIdentifier ? TextOrNone(identifier.data()) : Value() });
     record.push_back({ "bundleVersion", "Bundle version", isBundle ? VersionText(path) : Value() });
-    record.push_back({ "program", "Program", Text(hasProgram, program) });
+    record.push_back({ "program", "Program", hasProgram ? TextOrNone(program.data()) : Value() });
     record.push_back(
         { "signatureIsValid", "Signature is valid", isBundle ? Value(CodeSignatureValid(path)) : Value() });
-}
-
-void DescribeVolume(const char* path, Record& record)
-{
-    const bool isVolume = VolumeExistsAtPathname(path);
-    Buffer version {};
-    Buffer build {};
-    uint64_t total = 0;
-    uint64_t free = 0;
-    uint64_t available = 0;
-    SystemVersionAndBuildNumber(path, version.data(), version.size(), build.data(), build.size());
-    const bool hasSpace = isVolume && GetVolumeTotalAndFreeBytes(path, &total, &free, &available);
-    record.push_back({ "systemVersion", "System version", Text(isVolume, version) });
-    record.push_back({ "systemBuild", "System build", Text(isVolume, build) });
-    record.push_back(SizeField("volumeSize", "Volume size", Size(hasSpace, total)));
-    record.push_back(SizeField("volumeFree", "Volume free", Size(hasSpace, free)));
-    record.push_back(SizeField("volumeAvailable", "Volume available", Size(hasSpace, available)));
 }
 
 /// The start-up volume and the folders that every Mac has.
@@ -103,7 +78,9 @@ Record Describe(const std::string& path)
     Record record;
     DescribeItem(path.c_str(), record);
     DescribeBundle(path.c_str(), record);
-    DescribeVolume(path.c_str(), record);
+    const bool isVolume = VolumeExistsAtPathname(path.c_str());
+    AddSystem(path.c_str(), isVolume, record);
+    AddSpace(path.c_str(), isVolume, record);
     return record;
 }
 

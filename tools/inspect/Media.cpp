@@ -1,13 +1,12 @@
 #include "tools/inspect/Media.h"
 
-#include "util/CFText.h"
+#include "tools/inspect/Words.h"
 #include "util/DeviceNames.h"
 #include "util/DiskStatistics.h"
 #include "util/Disks.h"
 #include "util/DriveIdentity.h"
 #include "util/DriveNames.h"
 #include "util/MediaTypes.h"
-#include "util/PartitionTypes.h"
 #include "util/Volumes.h"
 
 #include <algorithm>
@@ -16,12 +15,6 @@
 namespace {
 
 using Buffer = std::array<char, 1024>;
-
-/// A code's name, for people and programs.
-struct Word {
-    uint32_t code;
-    const char* word;
-};
 
 /// A bus, with the numbers that drives on it have.
 struct Bus {
@@ -55,45 +48,6 @@ constexpr std::array kMediaTypes {
     Word { kMediaAPFS, "APFS" },
 };
 
-constexpr std::array kPartitionTypes {
-    Word { kPartitionHFS, "HFS" },
-    Word { kPartitionAppleRAID, "Apple RAID" },
-    Word { kPartitionKelvaneRAID, "Kelvane RAID" },
-    Word { kPartitionCoreStorage, "CoreStorage" },
-    Word { kPartitionAPFS, "APFS" },
-    Word { kPartitionMicrosoftBasicData, "Microsoft" },
-    Word { kPartitionWindowsNTFS, "NTFS" },
-};
-
-/// Partitions with a GUID in the place of a name.
-struct Content {
-    const char* guid;
-    const char* word;
-};
-
-constexpr std::array kContents {
-    Content { "C12A7328-F81F-11D2-BA4B-00A0C93EC93B", "EFI" },
-    Content { "426F6F74-0000-11AA-AA11-00306543ECAC", "Apple boot" },
-    Content { "48465300-0000-11AA-AA11-00306543ECAC", "HFS" },
-    Content { "52414944-0000-11AA-AA11-00306543ECAC", "Apple RAID" },
-    Content { "53746F72-6167-11AA-AA11-00306543ECAC", "CoreStorage" },
-    Content { "7C3457EF-0000-11AA-AA11-00306543ECAC", "APFS container" },
-    Content { "41504653-0000-11AA-AA11-00306543ECAC", "APFS volume" },
-    Content { "69646961-6700-11AA-AA11-00306543ECAC", "APFS container" },
-    Content { "52637672-7900-11AA-AA11-00306543ECAC", "APFS container" },
-    Content { "FA709C7E-65B1-4593-BFD5-E71D61DE9B02", "Kelvane RAID" },
-    Content { "EBD0A0A2-B9E5-4433-87C0-68B6B72699C7", "Microsoft" },
-    Content { "0FC63DAF-8483-4772-8E79-3D69D8477DE4", "Linux" },
-    Content { "0657FD6D-A4AB-43C4-84E5-0933C84B4F4F", "Linux swap" },
-};
-
-constexpr std::array kRoles {
-    Word { kAPFSRoleOther, "other" },
-    Word { kAPFSRolePreBoot, "preboot" },
-    Word { kAPFSRoleRecovery, "recovery" },
-    Word { kAPFSRoleVM, "VM" },
-};
-
 struct Counter {
     CFStringRef counted; ///< as the driver names it
     const char* key;
@@ -117,21 +71,6 @@ const std::array<Counter, 12>& Counters()
         { CFSTR("Retries (Write)"), "retriesWritten", "Retries writing" },
     } };
     return counters;
-}
-
-template <size_t Count> Value Worded(const std::array<Word, Count>& words, uint32_t code)
-{
-    const auto* const known
-        = std::find_if(words.begin(), words.end(), [code](const Word& word) { return word.code == code; });
-    return known != words.end() ? Value(known->word) : Value();
-}
-
-Value TextOrNone(const char* text) { return *text != 0 ? Value(text) : Value(); }
-
-Value StringOrNone(CFTypeRef value)
-{
-    const auto string = CFDynamicCast<CFStringRef>(value, CFStringGetTypeID());
-    return TextOrNone(StdString(string).c_str());
 }
 
 /// The numbers in a BSD name.
@@ -189,31 +128,15 @@ void AddNames(io_registry_entry_t media, Record& record)
     record.push_back({ "location", "Location", TextOrNone(location.data()) });
 }
 
-/// What a partition is for: the word for its GUID, or the name that other tables have.
-Value PartitionKind(io_registry_entry_t media)
-{
-    const std::string content = StdString(
-        CFDynamicCast<CFStringRef>(OwnProperty(media, CFSTR("Content")).get(), CFStringGetTypeID()));
-    const auto* const known = std::find_if(
-        kContents.begin(), kContents.end(), [&content](const Content& one) { return content == one.guid; });
-    if (known != kContents.end())
-        return known->word;
-    const CFRef<CFStringRef> text = CFText(content);
-    const CFRef<CFUUIDRef> guid(text ? CFUUIDCreateFromString(kCFAllocatorDefault, text.get()) : nullptr);
-    return guid ? Value() : TextOrNone(content.c_str());
-}
-
 void AddContent(const Medium& medium, Record& record)
 {
     const io_registry_entry_t media = medium.object.get();
     Buffer uuid {};
     GPT_UUID_ForDisk(media, uuid.data(), uuid.size());
     record.push_back({ "partitionType", "Partition type",
-        medium.isPartition ? PartitionKind(media)
-                           : Worded(kPartitionTypes, VolumePartitionTypeOnDisk(media)) });
+        medium.isPartition ? PartitionWord(media) : DiskPartitionWord(media) });
     record.push_back({ "content", "Content", StringOrNone(OwnProperty(media, CFSTR("Content")).get()) });
-    record.push_back(
-        { "role", "Role", IsAPFS_Volume(media) ? Worded(kRoles, APFS_VolumeRole(media)) : Value() });
+    record.push_back({ "role", "Role", APFSRoleWord(media) });
     record.push_back({ "gptUUID", "GPT UUID", TextOrNone(uuid.data()) });
     record.push_back({ "isTRIMSupported", "TRIM", TestForTRIM_Support(media) });
     record.push_back({ "isRemovable", "Removable", IsDiskRemovable(medium.name.c_str()) });
@@ -272,6 +195,12 @@ std::string DiskNameOf(const Medium& medium)
     std::array<char, 16> name {};
     ExtractBSD_DiskNameFromBSD_PartitionName(medium.name.c_str(), name.data(), name.size());
     return name.data();
+}
+
+bool IsLabelOfModel(const Value& label)
+{
+    const auto* const text = std::get_if<std::string>(&label);
+    return text != nullptr && text->ends_with("Media");
 }
 
 Record MediaFacts::describe(const Medium& medium)

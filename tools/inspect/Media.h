@@ -18,6 +18,9 @@ std::vector<Medium> AllMedia();
 /// The disk that a partition belongs to: "disk0" of "disk0s1"; itself of a whole disk.
 std::string DiskNameOf(const Medium& medium);
 
+/// Whether a medium's label only repeats the drive's model.
+bool IsLabelOfModel(const Value& label);
+
 /// What is known of media. Facts that take reading a drive are found out once for each disk.
 class MediaFacts {
 public:

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "tools/inspect/Interruption.h"
 #include <chrono>
 
-/// The beat of a program that goes on until it is interrupted. From the first one on SIGINT and SIGTERM no longer end the
-/// program at once, and SIGPIPE not at all.
+/// The beat of a program that goes on until it is interrupted. From the first one on SIGPIPE does not end the program.
 class Pace {
 public:
     explicit Pace(std::chrono::duration<double> interval);
@@ -16,6 +16,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    const Interruption fInterruption {};
     const Clock::duration fInterval;
     Clock::time_point fNext;
 };

@@ -79,6 +79,13 @@ JSONValue TextForJSON(const Value& value)
 
 Value Number(uint64_t number) { return number <= INT64_MAX ? Value(static_cast<int64_t>(number)) : Value(); }
 
+Value TextOrNone(std::string_view text) { return text.empty() ? Value() : Value(std::string(text)); }
+
+Value StringOrNone(CFTypeRef value)
+{
+    return TextOrNone(StdString(CFDynamicCast<CFStringRef>(value, CFStringGetTypeID())));
+}
+
 std::string SizeText(const Value& bytes)
 {
     std::array<char, 32> text {};

@@ -27,6 +27,12 @@ struct Field {
 /// What the library counts in, as a value; none for a number that is too large for one.
 Value Number(uint64_t number);
 
+/// A text, where it is not "".
+Value TextOrNone(std::string_view text);
+
+/// A string's text, where it is one.
+Value StringOrNone(CFTypeRef value);
+
 /// "466 GB". @param bytes a number, or nothing, which gives "".
 std::string SizeText(const Value& bytes);
 

@@ -76,8 +76,6 @@ std::string Hexadecimal(uint64_t number)
     return text.data();
 }
 
-Value TextOrNone(const std::string& text) { return text.empty() ? Value() : Value(text); }
-
 /// The name as far to the right as the entry lies deep. From some depth on a number tells it.
 std::string Indented(const std::string& name, const Visit& visit)
 {

@@ -1,5 +1,6 @@
 // velmora-inspect: shows what the utility library finds out. See UsageText().
 
+#include "tools/inspect/CaptureFolder.h"
 #include "tools/inspect/CommandLine.h"
 #include "tools/inspect/Output.h"
 #include "util/Launch.h"
@@ -57,7 +58,7 @@ int main(int count, char** values)
         return std::cout << UsageText() << std::flush ? kFound : kNotFound;
     if (!line.problem.empty())
         return WrongUse(line.problem);
-    if (line.request.capture && !UseCapture(*line.request.capture))
+    if (line.request.capture && !UseCapture(RecordedRegistryAt(*line.request.capture)))
         return kNotFound;
     return line.request.interval ? line.command->watch(line.request) : Show(*line.command, line.request);
 }
