@@ -25,8 +25,9 @@ set(ZEK_TEST_ENVIRONMENT HOST_TOOLS_FOLDER=${CMAKE_BINARY_DIR}/mac-tools ZEK_STA
     DBUS_SESSION_BUS_ADDRESS=none: DBUS_SYSTEM_BUS_ADDRESS=none: SECURITY_AGENT_ANSWER=allow)
 
 # zek_test(name SOURCES... LIBRARIES... [HEADERS <header>...] [LABEL label] [LOCK resource]): one GoogleTest program, each of its tests known
-# to ctest by name, with this machine's disks out of its reach. HEADERS are large ones that many of its sources have in common: they are compiled once, which takes as
-# long as four or five sources that include them. Tests with the same LOCK do not run at the same time.
+# to ctest by name, with this machine's disks out of its reach. HEADERS are large ones that many of its sources have in common:
+# they are compiled once, which takes as long as four or five sources that include them. Tests with the same LOCK do not run at
+# the same time.
 function(zek_test name)
     cmake_parse_arguments(ARG "" "LABEL;LOCK" "SOURCES;LIBRARIES;HEADERS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})

@@ -2,6 +2,7 @@
 
 #include "RunLoopParts.h"
 
+#include <memory>
 #include <poll.h>
 #include <unistd.h>
 #include <utility>
@@ -9,18 +10,40 @@
 using cf::Check;
 using cf::RunLoopLock;
 
+namespace {
+
+/// Keeps the info from the creation of an object until that is invalid and the last callback has returned.
+struct HeldContext {
+    explicit HeldContext(const CFFileDescriptorContext& itsContext)
+        : context(itsContext)
+    {
+        if (context.retain != nullptr)
+            context.retain(context.info);
+    }
+    HeldContext(const HeldContext&) = delete;
+    HeldContext& operator=(const HeldContext&) = delete;
+    ~HeldContext()
+    {
+        if (context.release != nullptr)
+            context.release(context.info);
+    }
+
+    const CFFileDescriptorContext context;
+};
+
+}
+
 struct __CFFileDescriptor : cf::Object {
     /// @param itsContext null for none.
     __CFFileDescriptor(int file, bool closesIt, CFFileDescriptorCallBack itsCallBack,
         const CFFileDescriptorContext* itsContext)
         : Object(typeID())
         , callBack(itsCallBack)
-        , context(itsContext != nullptr ? *itsContext : CFFileDescriptorContext {})
         , watch { file }
+        , held(
+              std::make_shared<HeldContext>(itsContext != nullptr ? *itsContext : CFFileDescriptorContext {}))
         , closes(closesIt)
     {
-        if (context.retain != nullptr)
-            context.retain(context.info);
     }
     ~__CFFileDescriptor() override { invalidate(); }
     static CFTypeID typeID();
@@ -31,14 +54,14 @@ struct __CFFileDescriptor : cf::Object {
     void perform();
 
     const CFFileDescriptorCallBack callBack;
-    const CFFileDescriptorContext context;
 
     // Guarded by the lock of the run loops.
     cf::Watch watch; ///< the descriptor is negative when this is not valid any more
+    std::shared_ptr<const HeldContext> held; ///< null when this is not valid any more
     std::vector<__CFRunLoopSource*> sources {}; ///< those there are; each takes itself out
 
 private:
-    CFOptionFlags takeReady();
+    CFOptionFlags takeReady(); ///< with the lock held
 
     const bool closes;
 };
@@ -102,8 +125,10 @@ void __CFFileDescriptor::enable(CFOptionFlags types, bool areEnabled)
 void __CFFileDescriptor::invalidate()
 {
     int file = -1;
+    std::shared_ptr<const HeldContext> last; // goes without the lock
     {
         const std::lock_guard lock(RunLoopLock());
+        last = std::exchange(held, nullptr);
         file = std::exchange(watch.descriptor, -1);
         watch.events = 0;
     }
@@ -125,8 +150,6 @@ void __CFFileDescriptor::invalidate()
     }
     if (closes)
         close(file);
-    if (context.release != nullptr)
-        context.release(context.info);
 }
 
 bool __CFFileDescriptor::isValid() const
@@ -138,7 +161,6 @@ bool __CFFileDescriptor::isValid() const
 /// @return what is enabled and the file is ready for. It is disabled from then on.
 CFOptionFlags __CFFileDescriptor::takeReady()
 {
-    const std::lock_guard lock(RunLoopLock());
     pollfd file { watch.descriptor, watch.events, 0 };
     CFOptionFlags types = 0;
     if (poll(&file, 1, 0) <= 0)
@@ -155,9 +177,15 @@ CFOptionFlags __CFFileDescriptor::takeReady()
 void __CFFileDescriptor::perform()
 {
     const cf::Owned<CFFileDescriptorRef> kept(cf::Retained(this));
-    const CFOptionFlags types = takeReady();
-    if (types != 0)
-        callBack(this, types, context.info);
+    std::shared_ptr<const HeldContext> current;
+    CFOptionFlags types = 0;
+    {
+        const std::lock_guard lock(RunLoopLock());
+        current = held;
+        types = takeReady();
+    }
+    if (current && types != 0)
+        callBack(this, types, current->context.info);
 }
 
 CFTypeID CFFileDescriptorGetTypeID() { return __CFFileDescriptor::typeID(); }

@@ -30,8 +30,9 @@ enum : DAReturn {
 /// @param string a sentence for people; may be null. @return to be released by the caller.
 CF_EXPORT DADissenterRef DADissenterCreate(
     CFAllocatorRef allocator, DAReturn status, CFStringRef string) CF_RETURNS_RETAINED;
+/// @return kDAReturnSuccess for null.
 CF_EXPORT DAReturn DADissenterGetStatus(DADissenterRef dissenter);
-/// @return null where there is none; good as long as the dissenter.
+/// @return null where there is none, and for null; good as long as the dissenter.
 CF_EXPORT CFStringRef DADissenterGetStatusString(DADissenterRef dissenter);
 
 CF_EXTERN_C_END

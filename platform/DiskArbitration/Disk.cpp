@@ -21,9 +21,11 @@ constexpr std::string_view kAPFSVolume = "41504653-0000-11AA-AA11-00306543ECAC";
 cf::Owned<DADiskRef> MakeDisk(DASessionRef session, Held media)
 {
     std::string name = media ? media->bsdName() : "";
-    if (name.empty() || cf::As<__DASession>(session) == nullptr)
+    const auto* const known = cf::As<__DASession>(session);
+    if (name.empty() || known == nullptr)
         return nullptr;
-    return cf::Owned<DADiskRef>(new __DADisk(session, std::move(media), std::move(name)));
+    return cf::Owned<DADiskRef>(
+        new __DADisk(session, known->requests.get(), std::move(media), std::move(name)));
 }
 
 /// @return a disk for the first medium of the registry that fits; null where none does.
@@ -55,12 +57,36 @@ CFTypeID __DADisk::typeID()
     return id;
 }
 
+bool __DADisk::isEqual(const cf::Object& other) const
+{
+    return bsdName == static_cast<const __DADisk&>(other).bsdName;
+}
+
+CFHashCode __DADisk::hash() const { return std::hash<std::string>()(bsdName); }
+
 std::optional<da::Volume> da::VolumeOf(const __DADisk& disk)
 {
     if (cf::TextOf(disk.media->property("Content")) == kAPFSVolume)
         return Volume { "apfs", disk.media->name, cf::TextOf(disk.media->property("UUID")), "" };
     const std::string file = disk.media.registry->deviceFile(disk.bsdName);
-    return file.empty() ? std::nullopt : std::optional(disk.session->volumes->find(disk.media, file));
+    return file.empty() ? std::nullopt : std::optional(disk.requests->volumes->find(disk.media, file));
+}
+
+Held da::MediaNamed(std::string_view bsdName)
+{
+    auto registry = iokit::CurrentRegistry();
+    for (const Entry& entry : registry->entries()) {
+        if (entry.bsdName() == bsdName && !bsdName.empty())
+            return { std::move(registry), &entry };
+    }
+    return {};
+}
+
+const Entry* da::WholeMedia(const Entry* media)
+{
+    while (media != nullptr && (media->bsdName().empty() || !iokit::IsTrue(media->property("Whole"))))
+        media = media->parent();
+    return media;
 }
 
 std::string da::MacPath(const std::string& folder)
@@ -77,8 +103,7 @@ DADiskRef DADiskCreateFromBSDName(CFAllocatorRef /*allocator*/, DASessionRef ses
 {
     if (name == nullptr)
         return nullptr;
-    const std::string_view wanted = WithoutFolder(name);
-    return MakeDiskThat(session, [wanted](const __DADisk& disk) { return disk.bsdName == wanted; }).release();
+    return MakeDisk(session, da::MediaNamed(WithoutFolder(name))).release();
 }
 
 DADiskRef DADiskCreateFromIOMedia(CFAllocatorRef /*allocator*/, DASessionRef session, io_service_t media)
@@ -120,12 +145,9 @@ io_service_t DADiskCopyIOMedia(DADiskRef disk)
 DADiskRef DADiskCopyWholeDisk(DADiskRef disk)
 {
     const auto* const known = cf::As<__DADisk>(disk);
-    const Entry* one = known != nullptr ? known->media.entry : nullptr;
-    while (one != nullptr && (one->bsdName().empty() || !iokit::IsTrue(one->property("Whole"))))
-        one = one->parent();
-    if (one == nullptr)
-        return nullptr;
-    return one == known->media.entry
-        ? cf::Retained(disk)
-        : MakeDisk(known->session.get(), { known->media.registry, one }).release();
+    const Entry* const whole = known != nullptr ? da::WholeMedia(known->media.entry) : nullptr;
+    if (whole == nullptr || whole == known->media.entry)
+        return whole != nullptr ? cf::Retained(disk) : nullptr;
+    return new __DADisk(
+        known->session.get(), known->requests.get(), { known->media.registry, whole }, whole->bsdName());
 }

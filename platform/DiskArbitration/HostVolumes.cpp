@@ -43,6 +43,8 @@ Contents ContentsFromUdev(const HostTree& host, dev_t device)
     return { ValueOf(udev, "ID_FS_LABEL_ENC"), ValueOf(udev, "ID_FS_UUID"), ValueOf(udev, "ID_FS_TYPE") };
 }
 
+}
+
 std::optional<dev_t> DeviceOf(const iokit::Entry& media)
 {
     const auto major = iokit::NumberOf(media.property("BSD Major"));
@@ -50,8 +52,6 @@ std::optional<dev_t> DeviceOf(const iokit::Entry& media)
     if (!major || !minor)
         return {};
     return makedev(static_cast<unsigned>(*major), static_cast<unsigned>(*minor));
-}
-
 }
 
 HostVolumes::HostVolumes(HostTree host)
@@ -77,12 +77,25 @@ Volume HostVolumes::find(const iokit::Held& media, const std::string& deviceFile
     return volume;
 }
 
+std::optional<HostMount> HostVolumes::mountOf(dev_t device, const std::string& deviceFile)
+{
+    const std::lock_guard lock(fMutex);
+    const HostMount* const mount = fMounts.find(device, deviceFile);
+    return mount != nullptr ? std::optional(*mount) : std::nullopt;
+}
+
+void HostVolumes::forget()
+{
+    const std::lock_guard lock(fMutex);
+    fAskedFor.reset();
+}
+
 Contents HostVolumes::contents(dev_t device, const std::shared_ptr<const iokit::Registry>& registry)
 {
     if (fAskedFor.lock() != registry)
         askUDisks(registry);
     const auto told = fUDisks.find(device);
-    Contents contents = told != fUDisks.end() ? told->second : Contents();
+    Contents contents = told != fUDisks.end() ? told->second.contents : Contents();
     const Contents udev = ContentsFromUdev(fHost, device);
     for (std::string Contents::*const fact : { &Contents::label, &Contents::uuid, &Contents::type }) {
         if ((contents.*fact).empty())
@@ -93,7 +106,7 @@ Contents HostVolumes::contents(dev_t device, const std::shared_ptr<const iokit::
 
 void HostVolumes::askUDisks(const std::shared_ptr<const iokit::Registry>& registry)
 {
-    fUDisks = ContentsFromUDisks(SystemBusAddress(fHost));
+    fUDisks = ObjectsFromUDisks(SystemBusAddress(fHost)).blocks;
     fAskedFor = registry;
 }
 

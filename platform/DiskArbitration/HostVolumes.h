@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 
@@ -21,6 +22,9 @@ struct Volume {
     std::string folder; ///< in which it is mounted: the host's path
 };
 
+/// The number of a medium's device; none where the registry does not have it.
+std::optional<dev_t> DeviceOf(const iokit::Entry& media);
+
 /// What a host tells of the volumes on its disks: its table of mounts, its disk service, and udev. Safe to use from all
 /// threads.
 class HostVolumes {
@@ -29,6 +33,13 @@ public:
 
     /// @param media one of this host's, with its file, "/dev/sda1".
     Volume find(const iokit::Held& media, const std::string& deviceFile);
+    /// Where a device's volume is mounted at this moment; none for nowhere. Nobody is asked but the kernel.
+    std::optional<HostMount> mountOf(dev_t device, const std::string& deviceFile);
+
+    /// What is on a disk may be another thing now: the disk service is asked again for the next answer.
+    void forget();
+
+    const HostTree& host() const { return fHost; }
 
 private:
     Contents contents(dev_t device, const std::shared_ptr<const iokit::Registry>& registry);
@@ -37,9 +48,9 @@ private:
     HostTree fHost;
     std::mutex fMutex;
     MountTable fMounts;
-    std::map<dev_t, Contents> fUDisks; ///< as it was asked last
-    /// Another one may have other disks under the same numbers. As long as it is this one, who does not answer is not waited
-    /// for again.
+    std::map<dev_t, ServedBlock> fUDisks; ///< as it was asked last
+    /// Another one may have other disks under the same numbers. As long as it is this one, who does not answer is not
+    /// waited for again.
     std::weak_ptr<const iokit::Registry> fAskedFor;
 };
 

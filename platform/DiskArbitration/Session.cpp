@@ -31,3 +31,17 @@ DASessionRef DASessionCreate(CFAllocatorRef /*allocator*/)
     const std::lock_guard lock(theHost.mutex);
     return new __DASession(theHost.volumes);
 }
+
+void DASessionScheduleWithRunLoop(DASessionRef session, CFRunLoopRef runLoop, CFStringRef runLoopMode)
+{
+    const auto* const known = cf::As<__DASession>(session);
+    if (known != nullptr && runLoop != nullptr && runLoopMode != nullptr)
+        known->requests->schedule(runLoop, runLoopMode);
+}
+
+void DASessionUnscheduleFromRunLoop(DASessionRef session, CFRunLoopRef runLoop, CFStringRef runLoopMode)
+{
+    const auto* const known = cf::As<__DASession>(session);
+    if (known != nullptr && runLoop != nullptr && runLoopMode != nullptr)
+        known->requests->unschedule(runLoop, runLoopMode);
+}

@@ -3,18 +3,20 @@
 #include <CoreFoundation/Runtime.h>
 #include <DiskArbitration/DASession.h>
 #include <DiskArbitration/HostVolumes.h>
+#include <DiskArbitration/Requests.h>
 
 #include <memory>
 
 struct __DASession : cf::Object {
-    explicit __DASession(std::shared_ptr<da::HostVolumes> itsVolumes)
+    explicit __DASession(std::shared_ptr<da::HostVolumes> volumes)
         : Object(typeID())
-        , volumes(std::move(itsVolumes))
+        , requests(new da::Requests(std::move(volumes)))
     {
     }
+    ~__DASession() override { requests->close(); }
     static CFTypeID typeID();
 
-    const std::shared_ptr<da::HostVolumes> volumes; ///< those of all sessions for the host
+    const cf::Owned<da::Requests*> requests; ///< which may outlive the session, closed
 };
 
 namespace da {

@@ -1,71 +1,12 @@
+#include "tests/DiskArbitration/DiskService.h"
 #include "tests/DiskArbitration/Disks.h"
 #include "tests/support/MessageBus.h"
 
-#include <atomic>
-#include <functional>
 #include <sys/socket.h>
 #include <sys/sysmacros.h>
 #include <sys/un.h>
-#include <systemd/sd-bus.h>
-#include <thread>
 
 namespace {
-
-/// Appends the answer to a question for all objects. @return as sd_bus_message_append().
-using Answer = std::function<int(sd_bus_message*)>;
-
-/// In place of the host's disk service.
-class DiskService {
-public:
-    /// @param answer empty for none at all.
-    DiskService(const std::string& bus, Answer answer)
-        : fAnswer(std::move(answer))
-    {
-        EXPECT_GE(sd_bus_new(&fBus), 0);
-        EXPECT_GE(sd_bus_set_address(fBus, bus.c_str()), 0);
-        EXPECT_GE(sd_bus_set_bus_client(fBus, 1), 0);
-        EXPECT_GE(sd_bus_start(fBus), 0);
-        EXPECT_GE(sd_bus_add_object(fBus, nullptr, "/org/freedesktop/UDisks2", OnCall, this), 0);
-        EXPECT_GE(sd_bus_request_name(fBus, "org.freedesktop.UDisks2", 0), 0);
-        fThread = std::thread([this] {
-            while (!fEnds) {
-                if (sd_bus_process(fBus, nullptr) == 0)
-                    sd_bus_wait(fBus, 10000);
-            }
-        });
-    }
-    DiskService(const DiskService&) = delete;
-    DiskService& operator=(const DiskService&) = delete;
-    ~DiskService()
-    {
-        fEnds = true;
-        fThread.join();
-        sd_bus_flush_close_unref(fBus);
-    }
-
-    int calls() const { return fCalls; }
-
-private:
-    static int OnCall(sd_bus_message* call, void* service, sd_bus_error*)
-    {
-        auto& self = *static_cast<DiskService*>(service);
-        if (sd_bus_message_is_method_call(call, "org.freedesktop.DBus.ObjectManager", "GetManagedObjects")
-            <= 0)
-            return 0;
-        ++self.fCalls;
-        sd_bus_message* reply = nullptr;
-        if (self.fAnswer && sd_bus_message_new_method_return(call, &reply) >= 0 && self.fAnswer(reply) >= 0)
-            sd_bus_send(nullptr, reply, nullptr);
-        sd_bus_message_unref(reply);
-        return 1;
-    }
-
-    sd_bus* fBus = nullptr;
-    Answer fAnswer;
-    std::thread fThread;
-    std::atomic<bool> fEnds = false;
-    std::atomic<int> fCalls = 0;
-};
 
 /// Two devices, 8:1 with a volume of FAT's and 8:2 with encrypted data; other interfaces and properties beside.
 int AppendDevices(sd_bus_message* message)

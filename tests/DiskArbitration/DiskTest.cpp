@@ -103,7 +103,7 @@ TEST_F(DiskTest, IsFoundByNameAndMediumAndHoldsBoth)
     const cf::Owned<DADiskRef> whole(DADiskCopyWholeDisk(part.get()));
     part.reset();
     EXPECT_STREQ(DADiskGetBSDName(whole.get()), "disk7");
-    EXPECT_EQ(described(whole, kDADiskDescriptionDeviceModelKey), "Pocket");
+    EXPECT_EQ(DescribedAs(whole.get(), kDADiskDescriptionDeviceModelKey), "Pocket");
     EXPECT_EQ(cf::Owned<DADiskRef>(DADiskCopyWholeDisk(whole.get())), whole);
 }
 

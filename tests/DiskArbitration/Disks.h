@@ -1,10 +1,9 @@
 #pragma once
 
+#include "tests/DiskArbitration/Telling.h"
 #include "tests/support/HostFolder.h"
 #include "tests/support/RegistryTest.h"
 
-#include <CoreFoundation/CoreFoundation.h>
-#include <DiskArbitration/DiskArbitration.h>
 #include <DiskArbitration/Session.h>
 #include <IOKit/Properties.h>
 
@@ -12,8 +11,10 @@
 #include <string>
 
 /// A hand-made host, from which the registry of the test has its disks.
-class Disks : public RegistryTest {
+class Disks : public RegistryTest, protected Telling {
 protected:
+    Disks() { startAnew(); }
+
     /// Adds a medium with its numbers. @param file of the host's; "" where it is in a recording.
     static iokit::Entry& addMedia(iokit::Registry& registry, iokit::Entry& parent, const std::string& bsdName,
         unsigned major, unsigned minor, const std::string& file)
@@ -36,34 +37,15 @@ protected:
         use(std::move(registry));
     }
 
-    cf::Owned<DADiskRef> disk(const char* name)
-    {
-        return cf::Owned<DADiskRef>(DADiskCreateFromBSDName(nullptr, session.get(), name));
-    }
-    /// What the disk's description has for a key, as text: numbers and booleans by their description, URLs as their path.
-    /// "" for no such disk or value.
-    std::string described(const char* name, CFStringRef key) { return described(disk(name), key); }
-    static std::string described(const cf::Owned<DADiskRef>& disk, CFStringRef key)
-    {
-        const cf::Owned<CFDictionaryRef> all(DADiskCopyDescription(disk.get()));
-        CFTypeRef const value = all ? CFDictionaryGetValue(all.get(), key) : nullptr;
-        if (value == nullptr || CFGetTypeID(value) == CFStringGetTypeID())
-            return cf::TextOf(value);
-        if (CFGetTypeID(value) == CFURLGetTypeID())
-            return cf::TextOf(cf::Owned<CFStringRef>(
-                CFURLCopyFileSystemPath(static_cast<CFURLRef>(value), kCFURLPOSIXPathStyle))
-                                  .get());
-        return cf::TextOf(cf::Owned<CFStringRef>(CFCopyDescription(value)).get());
-    }
+    /// Makes this the host's table of mounts.
     void mount(const std::string& lines) { host.add("proc/self/", { { "mountinfo", lines } }); }
 
     /// Forgets what the host told.
     void startAnew()
     {
         da::UseHost(host.tree());
-        session.reset(DASessionCreate(nullptr));
+        startSession();
     }
 
     HostFolder host;
-    cf::Owned<DASessionRef> session { (da::UseHost(host.tree()), DASessionCreate(nullptr)) };
 };
