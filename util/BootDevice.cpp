@@ -7,6 +7,7 @@
 #include "util/RegistryProperties.h"
 #include "util/Volumes.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <cstring>
@@ -28,10 +29,8 @@ CFRef<CFTypeRef> ChosenVolume()
     ToolCall call { "/usr/sbin/bless", { "bless", "-info", "-getBoot", "-plist" } };
     call.statusWithoutTool.reset();
     std::string answer;
-    const ChildEnd end = RunToolReading(call, [&answer](int output) {
-        answer = ReadPiece(output, longestAnswer);
-        ReadAndDiscard(output);
-    });
+    const ChildEnd end = RunToolReading(
+        call, [&answer](int output) { answer = ReadPieceAndDiscardRest(output, longestAnswer); });
     if (end.isChild || !end.succeeded() || answer.empty())
         return {};
     const CFRef<CFPropertyListRef> list(

@@ -3,8 +3,8 @@
 #include <IOKit/IOKitLib.h>
 #include <cstddef>
 
-// The disk or volume that the computer is to start from. What sets it takes an administrator's rights. Null, and what the
-// device registry does not know, is answered with false.
+// The disk or volume that the computer is to start from. What sets it takes an administrator's rights. Null, texts that are
+// no BSD names, and volumes that are not mounted are answered with false.
 
 /// The firmware's path of the device to start from, its variable "boot-device".
 /// @param buffer zeroed first. @param size of it, in bytes, of which two are kept free.
@@ -25,14 +25,14 @@ bool SetBootVolumeWithBSD_Name(const char* bsdName);
 
 /// The volume that was chosen, as bless tells.
 /// @param buffer zeroed first; receives the BSD name, cut to it. Null where only the answer matters.
-/// @return whether the tool tells one, in at most 31 characters of ASCII where there is a buffer. Where the tool cannot be started, the copy of the process
-/// that was to become it comes back as well, with false.
+/// @return whether the tool tells one, in at most 31 characters of ASCII where there is a buffer. Where the tool cannot be
+/// started, the copy of the process that was to become it comes back as well, with false.
 bool GetBootVolumeBSD_Name(char* buffer, size_t size);
 
 /// From the partition of a system to the partition for starting it, beside: the next one on a disk with a GUID table, the one
 /// before on others.
 /// @param partition what the name means. @param bsdName is changed to that of the partition beside, also when that is none or
-/// another kind; there has to be room for one more character. The number is what is behind the last "s", 0 where that is
+/// another kind; there has to be room for two more characters. The number is what is behind the last "s", 0 where that is
 /// none; a name without an "s" is left alone.
 /// @return whether it is a partition for starting.
 bool GetBSDSliceNumberForAppleBootPartition(io_registry_entry_t partition, char* bsdName);

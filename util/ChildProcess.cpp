@@ -88,6 +88,13 @@ void ReadAndDiscard(int output)
     while (!ReadPiece(output, kPieceSize).empty()) { }
 }
 
+std::string ReadPieceAndDiscardRest(int output, size_t limit)
+{
+    std::string piece = ReadPiece(output, limit);
+    ReadAndDiscard(output);
+    return piece;
+}
+
 void MakeStandardOutput(int descriptor)
 {
     if (descriptor == STDOUT_FILENO)

@@ -43,16 +43,18 @@ struct ChildEnd {
 ChildEnd RunTool(const ToolCall& call);
 
 /// The same with a reader for what the tool writes to its standard output.
-/// @param read is called with the end of a pipe, before the wait. What it leaves unread has no reader any more, so that the
-/// tool does not wait for one. Without a pipe nothing is run.
+/// @param read is called with the end of a pipe, before the wait. What it leaves unread has no reader any more: a tool that
+/// has more to say is ended by that, as a rule, instead of waiting for one. Without a pipe nothing is run.
 ChildEnd RunToolReading(const ToolCall& call, const std::function<void(int output)>& read);
 
 // For RunToolReading: what is read from the pipe.
 
 /// One piece of what there is. @param limit in bytes. @return "" at the end, and when it cannot be read.
 std::string ReadPiece(int output, size_t limit);
-/// Everything to the end, to be forgotten.
+/// Everything to the end, to be forgotten, so that the tool can come to its own.
 void ReadAndDiscard(int output);
+/// One piece, and what comes after it to be forgotten.
+std::string ReadPieceAndDiscardRest(int output, size_t limit);
 
 /// For ToolCall::prepare: what the descriptor leads to becomes the tool's standard output, also where the caller has none
 /// and the descriptor has taken its number.

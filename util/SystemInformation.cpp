@@ -58,11 +58,13 @@ IORef PrimaryInterfaces()
     return interfaces;
 }
 
-/// @return the hardware address of the interface's controller; null where it has none.
-CFRef<CFDataRef> AddressOf(const IORef& interface)
+/// @return the hardware address of a network interface's controller; null where it has none.
+CFRef<CFDataRef> AddressOf(const IORef& port)
 {
     IORef controller;
-    if (!interface || IORegistryEntryGetParentEntry(interface.get(), kIOServicePlane, controller.receive()) != kIOReturnSuccess)
+    if (!port
+        || IORegistryEntryGetParentEntry(port.get(), kIOServicePlane, controller.receive())
+            != kIOReturnSuccess)
         return {};
     const CFRef<CFTypeRef> address = OwnProperty(controller.get(), CFSTR("IOMACAddress"));
     return CFRef<CFDataRef>::Retained(CFDynamicCast<CFDataRef>(address.get(), CFDataGetTypeID()));
@@ -119,23 +121,21 @@ uint64_t FreeBytesOfRAM()
     constexpr size_t longestAnswer = 32767;
     ToolCall call { "/usr/bin/vm_stat", { "vm_stat" } };
     call.statusWithoutTool.reset();
-    RunToolReading(call, [](int output) { ReadPiece(output, longestAnswer); });
+    RunToolReading(call, [](int output) { ReadPieceAndDiscardRest(output, longestAnswer); });
     return 0;
 }
 
 bool GetPrimaryMAC_Address(void* buffer, size_t size)
 {
     constexpr size_t addressLength = 6;
-    auto* const bytes = static_cast<UInt8*>(buffer);
-    if (bytes != nullptr)
-        std::fill_n(bytes, size, UInt8 { 0 });
+    Clear(static_cast<char*>(buffer), size);
     const IORef interfaces = PrimaryInterfaces();
     const IORef first(IOIteratorNext(interfaces.get()));
     const CFRef<CFDataRef> address = AddressOf(first);
     const auto wanted = static_cast<CFIndex>(std::min(size, addressLength));
     if (!address || CFDataGetLength(address.get()) < wanted || IORef(IOIteratorNext(interfaces.get())))
         return false;
-    if (bytes != nullptr)
-        CFDataGetBytes(address.get(), CFRangeMake(0, wanted), bytes);
+    if (buffer != nullptr)
+        CFDataGetBytes(address.get(), CFRangeMake(0, wanted), static_cast<UInt8*>(buffer));
     return true;
 }

@@ -9,14 +9,16 @@
 #include "util/Volumes.h"
 
 #include <DiskArbitration/DiskArbitration.h>
-#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -59,14 +61,21 @@ bool HasVolumePath(const char* bsdName)
 }
 
 /// Two requests, and the first answer counts: where the second one only asks for options, the first has mounted already.
-void Mount(DADiskRef disk, const MountUnmountRec& record, DADiskMountOptions options, void* context)
+void Mount(DADiskRef disk, const MountUnmountRec& record, void* context)
 {
+    const DADiskMountOptions options = record.whole ? kDADiskMountOptionWhole : kDADiskMountOptionDefault;
     DADiskMount(disk, nullptr, kDADiskMountOptionDefault, DADiskCallBack, context);
     CFStringRef arguments[] = { CFSTR("perm"), CFSTR("nobrowse"), nullptr };
     if (record.mountWithArguments)
         DADiskMountWithArguments(disk, nullptr, options, DADiskCallBack, context, arguments);
     else
         DADiskMount(disk, nullptr, options, DADiskCallBack, context);
+}
+
+DADiskUnmountOptions UnmountOptions(const MountUnmountRec& record)
+{
+    return (record.force ? kDADiskUnmountOptionForce : kDADiskUnmountOptionDefault)
+        | (record.whole ? kDADiskUnmountOptionWhole : kDADiskUnmountOptionDefault);
 }
 
 void Store(uint32_t* destination, uint32_t value)
@@ -129,7 +138,8 @@ bool SucceedsAndSays(ToolCall call, std::string_view needle)
     constexpr size_t pieceSize = 256;
     call.statusWithoutTool = EXIT_FAILURE;
     std::string said;
-    const ChildEnd end = RunToolReading(call, [&said](int output) { said = ReadPiece(output, pieceSize); });
+    const ChildEnd end
+        = RunToolReading(call, [&said](int output) { said = ReadPieceAndDiscardRest(output, pieceSize); });
     return end.succeeded() && said.find(needle) != std::string::npos;
 }
 
@@ -183,12 +193,10 @@ bool MountUnmountVolumeWithRec(MountUnmountRec* record)
         return false;
     record->dissenterProcessID = 0;
     const std::optional<uint32_t> process = Ask(record->bsdName, [record](DADiskRef disk, void* context) {
-        const uint32_t whole = record->whole ? kDADiskMountOptionWhole : kDADiskMountOptionDefault;
-        const uint32_t force = record->force ? kDADiskUnmountOptionForce : kDADiskUnmountOptionDefault;
         if (record->mount)
-            Mount(disk, *record, whole, context);
+            Mount(disk, *record, context);
         else
-            DADiskUnmount(disk, force | whole, DADiskCallBack, context);
+            DADiskUnmount(disk, UnmountOptions(*record), DADiskCallBack, context);
     });
     if (!process)
         return false;

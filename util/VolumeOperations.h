@@ -11,9 +11,10 @@
 struct MountUnmountRec {
     const char* bsdName; ///< of a disk or partition
     uint32_t
-        dissenterProcessID; ///< out: the process because of which a request was refused; 0 for none or an unknown one
+        dissenterProcessID; ///< out, of an unmount that failed: the process that holds the volume; else 0
     bool mount; ///< else unmount
-    bool mountWithArguments; ///< mount with "perm" and "nobrowse", so that nobody is shown the volume
+    bool
+        mountWithArguments; ///< ask, after a plain mount, for one with "perm" and "nobrowse": not to be shown to users
     bool force; ///< unmount although files are open
     bool whole; ///< all volumes of the disk; then nobody looks afterwards whether the volume is mounted
 };
@@ -33,7 +34,9 @@ struct CreateFileSystemRec {
     const char* passphraseHint; ///< APFS only, to a passphrase; may be null
 };
 
-/// Mounts a volume where the system wants it. @param browsable whether users are to be shown it.
+/// Mounts a volume where the system wants it.
+/// @param browsable false: to be mounted without being shown to users. As a plain mount is asked for first, whoever looks for
+/// volumes may be shown it all the same.
 /// @return whether it is mounted, or nobody in particular is to blame.
 bool MountVolume(const char* bsdName, bool browsable);
 
@@ -46,13 +49,14 @@ bool UnmountVolume(const char* bsdName, bool force, uint32_t* processID);
 bool MountUnmountVolumeWithRec(MountUnmountRec* record);
 
 /// Ejects a medium, or detaches an image. Its volumes have to be unmounted. @param processID as above.
+/// @return whether it is done, or not mounted any more, or nobody in particular is to blame.
 bool EjectDisk(const char* bsdName, uint32_t* processID);
 
-/// @param name bytes as the file system has them.
+/// @param name bytes as the file system has them. @return whether it is done, or nobody in particular is to blame.
 bool RenameVolume(const char* bsdName, const char* name);
 
 /// Makes a file system by the tool for it. Everything on the partition is lost.
-/// @return whether a tool was run, whatever came of it; false, without that, for an unknown type and for a name that the
+/// @return whether a tool was run, or was to be, whatever came of it; false, without that, for an unknown type and for a name that the
 /// device registry does not know. A process that cannot be forked any more is ended with status 1.
 bool CreateFileSystem(const CreateFileSystemRec* record);
 

@@ -16,19 +16,19 @@ namespace {
 struct HeldContext {
     explicit HeldContext(const CFFileDescriptorContext& itsContext)
         : context(itsContext)
+        , info(context.retain != nullptr ? context.retain(context.info) : context.info)
     {
-        if (context.retain != nullptr)
-            context.retain(context.info);
     }
     HeldContext(const HeldContext&) = delete;
     HeldContext& operator=(const HeldContext&) = delete;
     ~HeldContext()
     {
         if (context.release != nullptr)
-            context.release(context.info);
+            context.release(info);
     }
 
     const CFFileDescriptorContext context;
+    void* const info; ///< as it was retained
 };
 
 }
@@ -76,7 +76,7 @@ struct Kind {
 
 constexpr Kind kKinds[] = {
     { kCFFileDescriptorReadCallBack, POLLIN, POLLIN | POLLHUP | POLLERR | POLLNVAL },
-    { kCFFileDescriptorWriteCallBack, POLLOUT, POLLOUT | POLLERR | POLLNVAL },
+    { kCFFileDescriptorWriteCallBack, POLLOUT, POLLOUT | POLLHUP | POLLERR | POLLNVAL },
 };
 
 /// The source that waits for a file. It holds the object that the file belongs to.
@@ -130,7 +130,6 @@ void __CFFileDescriptor::invalidate()
         const std::lock_guard lock(RunLoopLock());
         last = std::exchange(held, nullptr);
         file = std::exchange(watch.descriptor, -1);
-        watch.events = 0;
     }
     if (file < 0)
         return;
@@ -185,7 +184,7 @@ void __CFFileDescriptor::perform()
         types = takeReady();
     }
     if (current && types != 0)
-        callBack(this, types, current->context.info);
+        callBack(this, types, current->info);
 }
 
 CFTypeID CFFileDescriptorGetTypeID() { return __CFFileDescriptor::typeID(); }

@@ -144,6 +144,7 @@ public:
     {
         const std::lock_guard lock(RunLoopLock());
         ++fLoop.runs;
+        fOthersStop = std::exchange(fLoop.isStopped, false);
     }
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
@@ -151,6 +152,7 @@ public:
     {
         const std::lock_guard lock(RunLoopLock());
         --fLoop.runs;
+        fLoop.isStopped = fOthersStop;
     }
 
     CFRunLoopRunResult untilDone(Clock::time_point deadline, bool returnsAfterSource)
@@ -184,9 +186,10 @@ private:
 
     __CFRunLoop& fLoop;
     const std::string& fMode;
+    bool fOthersStop = false; ///< the run that this one is in is to end after it
     Sources fSources {}; ///< at this time
-    std::vector<pollfd>
-        fFiles {}; ///< one for each of them, and the bell; those with nothing to wait for are negative
+    std::vector<pollfd> fFiles {}; ///< that are waited for: first the bell
+    std::vector<size_t> fFileOf {}; ///< for each source its place among them; 0 for none
 };
 
 /// Sees what there is to be waited for. @return false for nothing.
@@ -194,16 +197,18 @@ bool __CFRunLoop::Run::look()
 {
     fSources.clear(); // without the lock: the last reference may go
     const std::lock_guard lock(RunLoopLock());
-    fFiles.clear();
+    fFiles = { { fLoop.fBell.get(), POLLIN, 0 } };
+    fFileOf.clear();
     for (const auto& source : fLoop.modes[fMode]) {
         const bool waits = source->watch != nullptr && source->watch->events != 0;
-        fFiles.push_back(
-            { waits ? source->watch->descriptor : -1, waits ? source->watch->events : short { 0 }, 0 });
+        fFileOf.push_back(waits ? fFiles.size() : 0);
+        if (waits)
+            fFiles.push_back({ source->watch->descriptor, source->watch->events, 0 });
         fSources.emplace_back(cf::Retained(source.get()));
     }
-    fFiles.push_back({ fLoop.fBell.get(), POLLIN, 0 });
-    fLoop.isWaiting = std::none_of(
-        fSources.begin(), fSources.end(), [](const auto& source) { return source->isDue(false); });
+    fLoop.isWaiting = !fSources.empty()
+        && std::none_of(
+            fSources.begin(), fSources.end(), [](const auto& source) { return source->isDue(false); });
     return !fSources.empty();
 }
 
@@ -211,11 +216,9 @@ void __CFRunLoop::Run::wait(Clock::time_point deadline)
 {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
     const int longest = static_cast<int>(std::clamp<decltype(left)>(left, 0, INT_MAX));
-    const int ready = poll(fFiles.data(), fFiles.size(), fLoop.isWaiting ? longest : 0);
-    if (ready <= 0) // interrupted, or nothing: then the files say nothing either
-        std::for_each(fFiles.begin(), fFiles.end(), [](pollfd& file) { file.revents = 0; });
+    poll(fFiles.data(), fFiles.size(), fLoop.isWaiting ? longest : 0); // interrupted, it has found nothing
     uint64_t rung = 0;
-    if (fFiles.back().revents != 0)
+    if (fFiles.front().revents != 0)
         (void)!read(fLoop.fBell.get(), &rung, sizeof rung);
     const std::lock_guard lock(RunLoopLock());
     fLoop.isWaiting = false;
@@ -242,7 +245,8 @@ bool __CFRunLoop::Run::take(size_t index)
 {
     const std::lock_guard lock(RunLoopLock());
     __CFRunLoopSource& source = *fSources[index];
-    if (!source.isDue(fFiles[index].revents != 0) || SourceIn(fLoop.modes[fMode], source) == nullptr)
+    if (!source.isDue(fFileOf[index] != 0 && fFiles[fFileOf[index]].revents != 0)
+        || SourceIn(fLoop.modes[fMode], source) == nullptr)
         return false;
     source.isSignalled = false;
     return true;
@@ -250,7 +254,7 @@ bool __CFRunLoop::Run::take(size_t index)
 
 CFRunLoopRunResult __CFRunLoop::run(const std::string& mode, CFTimeInterval seconds, bool returnsAfterSource)
 {
-    const std::chrono::duration<double> longest(std::clamp(seconds, 0.0, kForever));
+    const std::chrono::duration<double> longest(seconds > 0 ? std::min(seconds, kForever) : 0);
     return Run(*this, mode)
         .untilDone(Clock::now() + std::chrono::duration_cast<Clock::duration>(longest), returnsAfterSource);
 }

@@ -49,7 +49,7 @@ CF_EXPORT void CFRunLoopRun();
 /// @param returnAfterSourceHandled whether to end after the first callback.
 CF_EXPORT CFRunLoopRunResult CFRunLoopRunInMode(
     CFRunLoopMode mode, CFTimeInterval seconds, Boolean returnAfterSourceHandled);
-/// Ends the innermost run of the loop; one that is not running ends its next run at once.
+/// Ends the innermost of the runs that the loop is in; nothing where it does not run.
 CF_EXPORT void CFRunLoopStop(CFRunLoopRef rl);
 /// Lets a waiting loop look at its sources, which one has to do after signalling one.
 CF_EXPORT void CFRunLoopWakeUp(CFRunLoopRef rl);

@@ -3,6 +3,17 @@
 using cf::Check;
 using cf::RunLoopLock;
 
+namespace {
+
+CFRunLoopSourceContext Retained(CFRunLoopSourceContext context)
+{
+    if (context.retain != nullptr)
+        context.info = const_cast<void*>(context.retain(context.info));
+    return context;
+}
+
+}
+
 CFTypeID __CFRunLoopSource::typeID()
 {
     static const CFTypeID id = cf::RegisterType("CFRunLoopSource");
@@ -13,11 +24,9 @@ __CFRunLoopSource::__CFRunLoopSource(
     CFIndex itsOrder, const CFRunLoopSourceContext& itsContext, cf::Watch* itsWatch)
     : Object(typeID())
     , order(itsOrder)
-    , context(itsContext)
+    , context(Retained(itsContext))
     , watch(itsWatch)
 {
-    if (context.retain != nullptr)
-        context.retain(context.info);
 }
 
 __CFRunLoopSource::~__CFRunLoopSource()

@@ -102,7 +102,7 @@ TEST(RunLoopTest, AStopEndsTheInnermostRunAndLeavesTheRestForTheNext)
     EXPECT_EQ(first.done, 1);
     EXPECT_EQ(second.done, 0);
     kStop(); // nothing runs
-    EXPECT_EQ(RunLoop(0, true), kCFRunLoopRunHandledSource);
+    EXPECT_EQ(RunLoop(0), kCFRunLoopRunTimedOut);
     EXPECT_EQ(second.done, 1);
 
     Doer inner(kStop);
@@ -114,6 +114,31 @@ TEST(RunLoopTest, AStopEndsTheInnermostRunAndLeavesTheRestForTheNext)
     first.signal();
     EXPECT_EQ(RunLoop(0), kCFRunLoopRunTimedOut);
     EXPECT_EQ(nested, kCFRunLoopRunStopped);
+
+    inner.work = [] {};
+    first.work = [&] {
+        kStop(); // this run, and not the one that follows in it
+        inner.signal();
+        nested = CFRunLoopRunInMode(CFSTR("inner"), 0, false);
+    };
+    first.signal();
+    EXPECT_EQ(RunLoop(10), kCFRunLoopRunStopped);
+    EXPECT_EQ(nested, kCFRunLoopRunTimedOut);
+}
+
+TEST(RunLoopTest, LetsSourcesTakeOthersAway)
+{
+    Doer second;
+    Doer first(
+        [&] { CFRunLoopRemoveSource(CFRunLoopGetCurrent(), second.source.get(), kCFRunLoopDefaultMode); },
+        -1);
+    first.add().signal();
+    second.add().add(CFSTR("other")).signal();
+    EXPECT_EQ(RunLoop(0), kCFRunLoopRunTimedOut);
+    EXPECT_EQ(second.done, 0);
+    EXPECT_EQ(second.places, 1);
+    CFRunLoopSourceInvalidate(second.source.get());
+    EXPECT_EQ(second.places, 0);
 }
 
 TEST(RunLoopTest, WaitsWithoutWorkUntilAnotherThreadHasSome)
@@ -133,6 +158,7 @@ TEST(RunLoopTest, WaitsWithoutWorkUntilAnotherThreadHasSome)
     CFRunLoopRun();
     other.join();
     EXPECT_EQ(doer.done, 1);
+    EXPECT_FALSE(CFRunLoopIsWaiting(loop));
     EXPECT_LT(ProcessorSeconds() - before, 0.2) << "it is not to look again and again";
 
     Doer late(kStop);
@@ -145,6 +171,23 @@ TEST(RunLoopTest, WaitsWithoutWorkUntilAnotherThreadHasSome)
     CFRunLoopRun();
     adding.join();
     EXPECT_EQ(late.done, 1);
+
+    const auto whileItWaits = [loop](const std::function<void()>& work) {
+        std::thread another([&] {
+            while (!CFRunLoopIsWaiting(loop))
+                usleep(1000);
+            work();
+        });
+        const CFRunLoopRunResult result = RunLoop(60);
+        another.join();
+        return result;
+    };
+    EXPECT_EQ(whileItWaits([loop] { CFRunLoopStop(loop); }), kCFRunLoopRunStopped);
+    CFRunLoopSourceInvalidate(late.source.get());
+    EXPECT_EQ(whileItWaits([&] { CFRunLoopRemoveSource(loop, doer.source.get(), kCFRunLoopDefaultMode); }),
+        kCFRunLoopRunFinished);
+    EXPECT_EQ(RunLoop(60), kCFRunLoopRunFinished);
+    EXPECT_FALSE(CFRunLoopIsWaiting(loop));
 }
 
 TEST(RunLoopTest, EndsWithItsThreadAndLetsItsSourcesGo)
@@ -219,6 +262,43 @@ TEST_F(FileDescriptorTest, IsCalledOnceForEachTimeItIsEnabled)
     EXPECT_EQ(RunLoop(10, true), kCFRunLoopRunHandledSource);
     writer.join();
     EXPECT_EQ(calls, 2);
+
+    // Nobody writes any more, which is news to whoever wants to.
+    std::thread enabling([this, loop = CFRunLoopGetCurrent()] {
+        while (!CFRunLoopIsWaiting(loop))
+            usleep(1000);
+        CFFileDescriptorEnableCallBacks(file.get(), kCFFileDescriptorWriteCallBack);
+    });
+    EXPECT_EQ(RunLoop(60, true), kCFRunLoopRunHandledSource);
+    enabling.join();
+    EXPECT_EQ(calls, 4);
+}
+
+TEST_F(FileDescriptorTest, KeepsItsInfoUntilItIsInvalidAndMayEndInItsCallback)
+{
+    struct Ending {
+        int held = 0;
+        CFFileDescriptorRef own = nullptr;
+    } ending;
+    const CFFileDescriptorContext context { 0, &ending,
+        [](void* info) {
+            ++static_cast<Ending*>(info)->held;
+            return info;
+        },
+        [](void* info) { --static_cast<Ending*>(info)->held; }, nullptr };
+    const auto end = [](CFFileDescriptorRef f, CFOptionFlags, void* info) {
+        CFFileDescriptorInvalidate(f);
+        EXPECT_EQ(static_cast<Ending*>(info)->held, 1) << "this is still running";
+        CFRelease(static_cast<Ending*>(info)->own);
+    };
+    ending.own = CFFileDescriptorCreate(nullptr, ends[1], false, end, &context);
+    Held<CFRunLoopSourceRef> source(CFFileDescriptorCreateRunLoopSource(nullptr, ending.own, 0));
+    CFRunLoopAddSource(CFRunLoopGetCurrent(), source.get(), kCFRunLoopDefaultMode);
+    CFFileDescriptorEnableCallBacks(ending.own, kCFFileDescriptorWriteCallBack);
+    EXPECT_EQ(RunLoop(10, true), kCFRunLoopRunHandledSource);
+    EXPECT_EQ(ending.held, 0);
+    EXPECT_FALSE(CFRunLoopSourceIsValid(source.get()));
+    EXPECT_EQ(fcntl(ends[1], F_GETFD), FD_CLOEXEC) << "it is not its to close";
 }
 
 TEST_F(FileDescriptorTest, IsClosedAndLeavesItsLoopWhenItIsInvalid)

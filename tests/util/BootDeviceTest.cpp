@@ -85,7 +85,7 @@ TEST_F(BootDeviceTest, IsSetByTheSystemsTools)
 {
     EXPECT_TRUE(SetBootPath("IODeviceTree:/PCI/disk@2") && SetBootPath("PCI/IODeviceTree:/disk@2"));
     EXPECT_TRUE(SetBootDeviceWithBSD_Name("disk0s2"));
-    EXPECT_TRUE(SetBootVolumeWithVolumePathname("/") && SetBootVolumeWithVolumePathname("/Volumes/My Disk"));
+    EXPECT_TRUE(SetBootVolumeWithVolumePathname("/") && SetBootVolumeWithVolumePathname("/Volumes/My Disk/"));
     for (const char* name : { "", "../../x", "disk0/s2", "disk0 s2",
              "disk0s2222222222222222222222222222222222", static_cast<const char*>(nullptr) })
         EXPECT_FALSE(SetBootDeviceWithBSD_Name(name));
@@ -96,7 +96,7 @@ TEST_F(BootDeviceTest, IsSetByTheSystemsTools)
         "disk@2,\\\\:tbxi\n\n"
         "bless\n-device\n/dev/disk0s2\n-setBoot\n\n"
         "bless\n-folder\n/System/Library/CoreServices\n-setBoot\n\n"
-        "bless\n-folder\n/Volumes/My Disk/System/Library/CoreServices\n-setBoot\n\n");
+        "bless\n-folder\n/Volumes/My Disk//System/Library/CoreServices\n-setBoot\n\n");
     plant(kBless, "exit 1");
     EXPECT_FALSE(SetBootDeviceWithBSD_Name("disk0s2"));
     plant(kBless, "kill -9 $$");
@@ -109,7 +109,19 @@ TEST_F(BootDeviceTest, TheChosenVolumeIsWhatBlessTellsInOnePiece)
 {
     EXPECT_EQ(chosenVolume(PropertyList("<string>/dev/disk0s2</string>")), "disk0s2");
     EXPECT_EQ(chosenVolume(PropertyList("<string>/dev/disk10s2</string>")), "disk10s") << "cut";
-    EXPECT_EQ(chosenVolume(PropertyList("<string>/d</string>")), "");
+    EXPECT_EQ(
+        chosenVolume(PropertyList("<string>/d</string>")) + chosenVolume(PropertyList("<string></string>")),
+        "");
+    EXPECT_EQ(
+        chosenVolume(PropertyList("<string>/dev/disk0s3" + std::string(19, '1') + "</string>")), "disk0s3");
+    EXPECT_EQ(
+        chosenVolume(PropertyList("<string>/dev/disk0s3" + std::string(20, '1') + "</string>"), false), "");
+    EXPECT_EQ(chosenVolume(PropertyList("<string>/dev/disk0</string>") + "; exec 2>&1", true), "disk0");
+    EXPECT_EQ(chosenVolume("printf '<plist version=\"1.0\">%2100s<dict><key>Boot "
+                           "Volume</key><string>/dev/disk0</string></dict></plist>'",
+                  false),
+        "")
+        << "what is beyond the first 2048 bytes is not seen";
     EXPECT_EQ(chosenVolume(PropertyList("<string>/dev/dïsk0</string>"), false), "");
     EXPECT_TRUE(GetBootVolumeBSD_Name(nullptr, 0)) << "there is one";
     EXPECT_EQ(chosenVolume(PropertyList("<integer>1</integer>"), false), "");
@@ -161,8 +173,12 @@ TEST_F(BootDeviceTest, ARootVolumeIsStartedFromBesideItsFirstBootDevice)
              std::string(R"("IOBootDevice" = ({"IOBootDevicePath"="IOService:/"}))"),
              R"("IOBootDevice" = ({"IOBootDevicePath"="IOService:/)" + std::string(1024, 'x') + R"("}))" })
         EXPECT_EQ(chosenFor(property), "") << property;
+    record({ { "IOMedia", { R"("IOBootDevice" = ({)" + path + "})" } },
+        { "IOMedia", { R"("BSD Name" = "disk2")" } } });
+    SetBootDeviceForBootRootVolume("disk2"); // says nothing itself
     SetBootDeviceForBootRootVolume("disk7");
     SetBootDeviceForBootRootVolume(nullptr);
+    EXPECT_EQ(fVolume.calls(), "");
 }
 
 }

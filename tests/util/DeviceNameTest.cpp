@@ -27,6 +27,15 @@ std::string Extracted(const char* path, size_t size = 16)
     return ExtractBSDNameFromPathname(path, name.data(), size) ? name.c_str() : "no";
 }
 
+TEST(DeviceNames, ReachToolsOnlyIfTheyArePlain)
+{
+    EXPECT_TRUE(IsPlainBSDName("disk2s1") && IsPlainBSDName(std::string(31, 'd').c_str()));
+    EXPECT_FALSE(IsPlainBSDName(std::string(32, 'd').c_str()));
+    for (const char* text :
+        { "", "../x", "disk 2", "disk2\n", "-disk", "dïsk", static_cast<const char*>(nullptr) })
+        EXPECT_FALSE(IsPlainBSDName(text));
+}
+
 TEST(DeviceNames, AreToldFromPathsAndFiles)
 {
     for (const char* raw : { "/dev/rdisk", "/dev/rdisk2s1", "/dev/null", "/dev/nullx" })

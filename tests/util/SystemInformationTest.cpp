@@ -100,6 +100,8 @@ TEST_F(SystemInformationTest, ThePrimaryInterfaceHasItsControllersAddress)
     EXPECT_EQ(address(8, false), "--------");
     record({ { "IOEthernetController", {} }, Interface(yes) });
     EXPECT_EQ(address(8, false), "--------");
+    record({ controller, { "IOEthernetController", {} }, Interface(yes) });
+    EXPECT_EQ(address(8, false), "--------") << "another one's";
     record({ { "IOEthernetController", { R"("IOMACAddress" = <41>)" } }, Interface(yes) });
     EXPECT_EQ(address(8, false), "--------") << "less than was asked for";
 }

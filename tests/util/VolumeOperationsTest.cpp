@@ -48,8 +48,9 @@ TEST_F(VolumeOperationsTest, ARefusalWithoutAProcessCountsAsDone)
     EXPECT_EQ(process, 0U);
     mount("");
     EXPECT_TRUE(EjectDisk("disk0s2", nullptr) && RenameVolume("disk0s2", "New Name"));
-    EXPECT_EQ(
-        service.asked(4), (Calls { "second Mount", "first Unmount", "D Eject", "second SetLabel New Name" }));
+    Calls calls = service.asked(4);
+    std::erase(calls, "second Mount options=x-gvfs-hide"); // which may come before nobody wants it any more
+    EXPECT_EQ(calls, (Calls { "second Mount", "first Unmount", "D Eject", "second SetLabel New Name" }));
 }
 
 TEST_F(VolumeOperationsTest, WhoHoldsAVolumeIsNamed)

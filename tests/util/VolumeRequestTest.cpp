@@ -87,7 +87,7 @@ protected:
     static std::string askedBy(const std::function<bool()>& call, bool isDone = true)
     {
         requests.clear();
-        answers.clear();
+        ::answers.clear();
         EXPECT_EQ(call(), isDone);
         return requests;
     }

@@ -13,6 +13,7 @@ protected:
     VolumeToolTest()
     {
         record({ { "IOMedia", { R"("BSD Name" = "disk2")" } }, { "IOMedia", { R"("BSD Name" = "disk2s1")" } },
+            { "IOMedia", { R"("BSD Name" = "disk2s11111111111111111111111")" } },
             { "IOEthernetInterface", { R"("BSD Name" = "en0")" }, 1 },
             { "IOMedia", { R"("BSD Name" = "../../x")" }, 1 },
             { "IOMedia", { R"("BSD Name" = "disk 2")" }, 1 } });
@@ -60,7 +61,8 @@ TEST_F(VolumeToolTest, EachFileSystemHasItsToolAndItsWords)
     EXPECT_EQ(callsToCreate(false, fileSystem(5)), "none");
     EXPECT_EQ(callsOf(true, [] { return CreateAPFS_Container("disk2"); }), "newfs_apfs\n-C\ndisk2");
 
-    CreateFileSystemRec made = fileSystem(kFAT32FileSystem);
+    CreateFileSystemRec made = fileSystem(kFAT32FileSystem, "disk2s11111111111111111111111");
+    EXPECT_TRUE(callsToCreate(true, made).ends_with("\n/dev/rdisk2s1111111111111111111")) << "cut";
     std::memset(made.volumeName, 'x', sizeof made.volumeName); // without an end
     EXPECT_NE(callsToCreate(true, made).find('\n' + std::string(512, 'x') + '\n'), std::string::npos);
 }
@@ -101,7 +103,11 @@ TEST_F(VolumeToolTest, WhatComesOfAFileSystemIsNotLookedAtButOfAContainer)
     plant("/sbin/newfs_exfat", muchAndFailure);
     EXPECT_TRUE(CreateFileSystem(&made));
     spoil("/sbin/newfs_exfat");
+    const pid_t self = getpid();
     EXPECT_TRUE(CreateFileSystem(&made));
+    if (getpid() != self)
+        _exit((TestVolume::write(path("copy"), ""), 0));
+    EXPECT_FALSE(std::filesystem::exists(path("copy"))) << "no copy of this process comes back";
 
     plant(kNewfsApfs, "yes | head -c 200000 && exit 0");
     EXPECT_TRUE(CreateAPFS_Container("disk2"));
@@ -144,8 +150,9 @@ TEST_F(VolumeToolTest, JournalsAndIndexesAreSwitchedByTheirTools)
     EXPECT_EQ(callsOf(false, [] { return ReturnIndexingState("/"); }), "mdutil\n-s\n/");
 
     // What the tool still has to say when it was heard does not keep it.
-    plant(kDiskutil, "echo first; sleep 0.1; yes | head -c 200000; exit 0");
+    plant(kDiskutil, "echo first; sleep 0.1; echo second; yes | head -c 200000; touch " + path("done"));
     EXPECT_TRUE(EnableJournaling("disk2s1"));
+    EXPECT_TRUE(std::filesystem::exists(path("done"))) << "the tool came to its end";
     plant(kDiskutil, "exit 2");
     EXPECT_FALSE(DisableJournaling("disk2s1"));
     spoil(kDiskutil);
@@ -165,6 +172,10 @@ TEST_F(VolumeToolTest, AnIndexIsThereWhereTheToolSaysSoAtOnceAndSucceeds)
             Answer { "printf '%250sEnabled' x", false }, Answer { "kill -9 $$", false } }) {
         plant(kMdutil, answer.script);
         EXPECT_EQ(ReturnIndexingState("/"), answer.isEnabled) << answer.script;
+    }
+    if (geteuid() == 0) {
+        plant(kMdutil, "test $(id -u) = 0");
+        EXPECT_EQ(inChild([] { return seteuid(65534) == 0 && EnableIndexing("/") ? 7 : 0; }), 7) << "as root";
     }
     setenv("HOST_TOOLS_FOLDER", folder().c_str(), 1); // which has no such tool
     std::filesystem::remove(fVolume.root() / &kMdutil[1]);
