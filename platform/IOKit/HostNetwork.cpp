@@ -64,15 +64,14 @@ std::string AddressIn(std::string text)
 }
 
 /// The hardware's own address, whatever the interface has been given instead; the one that it has where nobody knows.
-std::string HardwareAddress(const Interface& interface)
+std::string HardwareAddress(const Interface& port)
 {
-    const std::string current = interface.text("address");
-    const bool isOwn = interface.host->number(interface.file("addr_assign_type")) == kGivenByHardware;
+    const std::string current = port.text("address");
+    const bool isOwn = port.host->number(port.file("addr_assign_type")) == kGivenByHardware;
     // udev names interfaces after their own addresses only: "enx02fc00000001".
-    const std::string name
-        = ValueOf(interface.host->udev('n' + std::to_string(interface.number)), "ID_NET_NAME_MAC");
-    const std::array told { isOwn ? current : "", interface.text("phy80211/macaddress"),
-        interface.text("bonding_slave/perm_hwaddr"), name.substr(std::min<size_t>(name.size(), 3)), current };
+    const std::string name = ValueOf(port.host->udev('n' + std::to_string(port.number)), "ID_NET_NAME_MAC");
+    const std::array told { isOwn ? current : "", port.text("phy80211/macaddress"),
+        port.text("bonding_slave/perm_hwaddr"), name.substr(std::min<size_t>(name.size(), 3)), current };
     std::string address;
     for (const std::string& text : told)
         address = address.empty() ? AddressIn(text) : address;
@@ -93,18 +92,16 @@ template <class IsWanted> std::vector<Interface> EthernetInterfaces(const HostTr
 {
     std::vector<Interface> found;
     for (const std::string& name : host.names(kInterfaces)) {
-        Interface interface {
-            &host, name, { }
-        };
-        const std::string link = interface.file("device");
-        interface.device = host.has(link) ? host.resolved(link) : "";
-        if (interface.device.starts_with("sys/devices/virtual/"))
-            interface.device.clear();
-        const auto number = isWanted(interface) ? host.number(interface.file("ifindex")) : std::nullopt;
-        if (!number || host.number(interface.file("type")) != kEthernet)
+        Interface port { &host, name, {} };
+        const std::string link = port.file("device");
+        port.device = host.has(link) ? host.resolved(link) : "";
+        if (port.device.starts_with("sys/devices/virtual/"))
+            port.device.clear();
+        const auto number = isWanted(port) ? host.number(port.file("ifindex")) : std::nullopt;
+        if (!number || host.number(port.file("type")) != kEthernet)
             continue;
-        interface.number = *number;
-        found.push_back(std::move(interface));
+        port.number = *number;
+        found.push_back(std::move(port));
     }
     std::sort(found.begin(), found.end(),
         [](const Interface& first, const Interface& second) { return first.number < second.number; });
@@ -123,19 +120,19 @@ std::vector<Interface> InterfacesToShow(const HostTree& host)
     return ways;
 }
 
-void Add(Registry& registry, const Interface& interface, bool isPrimary)
+void Add(Registry& registry, const Interface& port, bool isPrimary)
 {
-    const bool isWireless = interface.isWireless();
+    const bool isWireless = port.isWireless();
     const char* const controllerClass = isWireless ? "IO80211Controller" : "IOEthernetController";
-    Entry& controller = registry.add(*interface.above, controllerClass, controllerClass, "",
-        Properties().data("IOMACAddress", HardwareAddress(interface)).take());
+    Entry& controller = registry.add(*port.above, controllerClass, controllerClass, "",
+        Properties().data("IOMACAddress", HardwareAddress(port)).take());
     Properties properties;
-    properties.text("BSD Name", interface.name)
-        .number("IOInterfaceUnit", UnitOf(interface.name))
+    properties.text("BSD Name", port.name)
+        .number("IOInterfaceUnit", UnitOf(port.name))
         .number("IOInterfaceType", kEthernetType)
         .flag("IOPrimaryInterface", isPrimary)
-        .flag("IOBuiltin", interface.isBuiltIn);
-    registry.add(controller, isWireless ? "IO80211Interface" : "IOEthernetInterface", interface.name, "",
+        .flag("IOBuiltin", port.isBuiltIn);
+    registry.add(controller, isWireless ? "IO80211Interface" : "IOEthernetInterface", port.name, "",
         properties.take());
 }
 
@@ -144,16 +141,16 @@ void Add(Registry& registry, const Interface& interface, bool isPrimary)
 void AddHostNetwork(Registry& registry, Entry& computer, HostDevices& devices, const HostTree& host)
 {
     std::vector<Interface> interfaces = InterfacesToShow(host);
-    for (Interface& interface : interfaces) {
+    for (Interface& port : interfaces) {
         const auto* const bus = std::find_if(kBuses.begin(), kBuses.end(),
-            [&](const Bus& one) { return fnmatch(one.place, interface.device.c_str(), 0) == 0; });
-        interface.above = interface.device.empty() ? &computer : &devices.at(interface.device, *bus);
-        interface.isBuiltIn = LocationOf(*bus, *interface.above) == "Internal";
+            [&](const Bus& one) { return fnmatch(one.place, port.device.c_str(), 0) == 0; });
+        port.above = port.device.empty() ? &computer : &devices.at(port.device, *bus);
+        port.isBuiltIn = LocationOf(*bus, *port.above) == "Internal";
     }
     const auto primary = std::min_element(interfaces.begin(), interfaces.end(),
         [](const Interface& first, const Interface& second) { return first.rank() < second.rank(); });
-    for (const Interface& interface : interfaces)
-        Add(registry, interface, &interface == &*primary);
+    for (const Interface& port : interfaces)
+        Add(registry, port, &port == &*primary);
 }
 
 }

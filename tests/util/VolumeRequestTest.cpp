@@ -155,4 +155,19 @@ TEST_F(VolumeRequestTest, OnlyAProcessIsARefusalThatCounts)
     askedBy(unmount);
 }
 
+TEST_F(VolumeRequestTest, NothingIsAskedForWhatIsNoDisk)
+{
+    uint32_t process = 7;
+    for (const char* name : { "", "disk7", "../../x", static_cast<const char*>(nullptr) }) {
+        EXPECT_EQ(askedBy([name] { return MountVolume(name, true); }, false)
+                + askedBy([name, &process] { return UnmountVolume(name, true, &process); }, false)
+                + askedBy([name, &process] { return EjectDisk(name, &process); }, false)
+                + askedBy([name] { return RenameVolume(name, "x"); }, false),
+            "");
+    }
+    EXPECT_EQ(process, 0U);
+    EXPECT_EQ(askedBy([] { return RenameVolume("disk0s1", nullptr); }, false), "");
+    EXPECT_FALSE(MountUnmountVolumeWithRec(nullptr));
+}
+
 }
