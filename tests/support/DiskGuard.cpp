@@ -29,13 +29,22 @@ bool LeadsToDisks(const std::string& name)
         std::begin(kWays), std::end(kWays), [&name](const char* way) { return name.starts_with(way); });
 }
 
+/// Whether it is a loop device or a partition of one, as the kernel tells: partitions may have any numbers.
+bool IsOfLoopDevice(dev_t device)
+{
+    std::error_code error; // one that has gone is none
+    const fs::path place = fs::read_symlink(
+        "/sys/dev/block/" + std::to_string(major(device)) + ':' + std::to_string(minor(device)), error);
+    return place.string().find("/virtual/block/loop") != std::string::npos;
+}
+
 bool IsOffLimits(const fs::path& file)
 {
     struct stat status { };
     if (lstat(file.c_str(), &status) != 0)
         return false;
     if (S_ISBLK(status.st_mode))
-        return major(status.st_rdev) != LOOP_MAJOR;
+        return !IsOfLoopDevice(status.st_rdev);
     const bool isNull = status.st_rdev == makedev(MEM_MAJOR, 3);
     return S_ISCHR(status.st_mode) && !isNull && LeadsToDisks(file.string().substr(sizeof "/dev/" - 1));
 }
