@@ -1,13 +1,14 @@
 #include "tests/support/DiskGuard.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <array>
-#include <cstdio>
-#include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <string>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -18,8 +19,9 @@ std::vector<std::pair<std::string, dev_t>> Disks()
     for (const auto& one : std::filesystem::directory_iterator("/sys/class/block")) {
         unsigned major = 0;
         unsigned minor = 0;
-        const std::string number = ReadText(one.path() / "dev");
-        if (std::sscanf(number.c_str(), "%u:%u", &major, &minor) == 2)
+        char colon = 0;
+        std::ifstream number(one.path() / "dev");
+        if (number >> major >> colon >> minor)
             disks.emplace_back(one.path().filename(), makedev(major, minor));
     }
     return disks;
