@@ -139,7 +139,9 @@ TEST_F(VolumeRequestTest, OnlyAProcessIsARefusalThatCounts)
     askedBy([] { return MountVolume("disk0s1", true); }); // it is mounted
     askedBy([] { return MountVolume("disk0s2", true); }, false);
     askedBy([] { return UnmountVolume("disk0s2", true, nullptr); }); // it is not
-    askedBy([] { return EjectDisk("disk0s2", nullptr); });
+    uint32_t process = 7;
+    askedBy([&process] { return EjectDisk("disk0s2", &process); });
+    EXPECT_EQ(process, 0U);
     MountUnmountRec whole { "disk0s2", 0, false, false, false, true };
     askedBy([&whole] { return MountUnmountVolumeWithRec(&whole); }, false); // nobody looks
     EXPECT_EQ(whole.dissenterProcessID, 4711U);
