@@ -70,8 +70,12 @@ int main(int argc, char** argv)
         std::puts("{\"benchmarks\": []}");
         return 0;
     }
-    benchmark::RegisterBenchmark("mount and unmount/ours", Ours, name)->UseRealTime();
-    benchmark::RegisterBenchmark("mount and unmount/udisksctl", Tool, device)->UseRealTime();
+    benchmark::RegisterBenchmark("mount and unmount/ours", Ours, name)
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("mount and unmount/udisksctl", Tool, device)
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }
