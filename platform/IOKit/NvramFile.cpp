@@ -5,12 +5,9 @@
 #include <CoreFoundation/CFString.h>
 #include <CoreFoundation/FileBytes.h>
 #include <Host/AtomicFile.h>
-#include <Host/Descriptor.h>
-#include <Host/Folders.h>
+#include <Host/RecordLock.h>
 
 #include <cerrno>
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace iokit {
@@ -92,17 +89,11 @@ int NvramFile::change(const std::string& name, const std::optional<std::string>&
 
 int NvramFile::update(const std::function<int(NvramVariables&)>& edit)
 {
-    if (const int error = MakeFolders(fPath.substr(0, fPath.rfind('/')), 0755, 0755);
-        error != 0 && error != EEXIST)
-        return error;
-    // A file of its own, which nobody else can open: the record is replaced, and its folder is open to all.
-    const std::string lockFile = fPath + ".lock";
-    const Descriptor lock(
-        open(lockFile.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
-    if (!lock || flock(lock.get(), LOCK_EX) != 0)
-        return errno;
+    Descriptor lock;
     NvramVariables variables;
-    int error = read(variables);
+    int error = LockRecord(fPath, lock);
+    if (error == 0)
+        error = read(variables);
     if (error == 0)
         error = edit(variables);
     return error == 0 ? write(variables) : error;

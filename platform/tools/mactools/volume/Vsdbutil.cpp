@@ -2,17 +2,14 @@
 
 #include "volume/VolumeDatabase.h"
 
-#include <Host/Descriptor.h>
-#include <Host/Folders.h>
 #include <Host/HostPath.h>
+#include <Host/RecordLock.h>
 
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <functional>
 #include <iostream>
-#include <sys/file.h>
 #include <sysexits.h>
 #include <system_error>
 #include <unistd.h>
@@ -46,17 +43,11 @@ int Change(const std::function<void(VolumeDatabase&)>& change)
     if (HostStartupVolumeIsSystems() && geteuid() != 0)
         return Complain(kName, "must be root");
     const std::string texts = std::string(kFolder) + kFile;
-    if (const int error = MakeFolders(HostStartupVolume() + kFolder, 0755, 0755);
-        error != 0 && error != EEXIST)
-        return Failure(texts, error);
-    // A file of its own, which nobody else can open: the database is replaced, and its folder is open to all.
-    const std::string lockFile = DatabaseFile() + ".lock";
-    const Descriptor lock(
-        open(lockFile.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
-    if (!lock || flock(lock.get(), LOCK_EX) != 0)
-        return Failure(texts, errno);
+    Descriptor lock;
     VolumeDatabase database;
-    int error = database.read(DatabaseFile());
+    int error = LockRecord(DatabaseFile(), lock);
+    if (error == 0)
+        error = database.read(DatabaseFile());
     if (error == 0) {
         change(database);
         error = database.write(DatabaseFile());
