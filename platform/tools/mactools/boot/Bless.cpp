@@ -4,6 +4,7 @@
 #include "boot/StartEntries.h"
 #include "boot/StartupDisk.h"
 
+#include <DiskArbitration/Disk.h>
 #include <Host/HostPath.h>
 #include <IOKit/Properties.h>
 #include <sys/mount.h>
@@ -82,7 +83,8 @@ struct Choice {
 std::optional<Choice> ChoiceOfDevice(const std::string& device)
 {
     const std::string folder = "/dev/";
-    Choice choice { device.starts_with(folder) ? MediaNamed(device.substr(folder.size())) : iokit::Held() };
+    Choice choice { device.starts_with(folder) ? da::MediaNamed(device.substr(folder.size()))
+                                               : iokit::Held() };
     if (choice.media)
         return choice;
     Complain(kName, device + ": there is no such disk");

@@ -4,6 +4,7 @@
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFPropertyList.h>
 #include <CoreFoundation/CFString.h>
+#include <DiskArbitration/HostVolumes.h>
 #include <IOKit/CurrentRegistry.h>
 #include <IOKit/Matching.h>
 #include <IOKit/Properties.h>
@@ -15,7 +16,6 @@
 #include <functional>
 #include <string_view>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 
 using iokit::Entry;
 using iokit::Held;
@@ -36,10 +36,7 @@ Held FirstMedia(const std::function<bool(const Entry&)>& fits)
 
 Held MediaOn(dev_t device)
 {
-    return FirstMedia([device](const Entry& media) {
-        return iokit::NumberOf(media.property("BSD Major")) == major(device)
-            && iokit::NumberOf(media.property("BSD Minor")) == minor(device);
-    });
+    return FirstMedia([device](const Entry& media) { return da::DeviceOf(media) == device; });
 }
 
 std::string Escaped(const std::string& text)
@@ -118,11 +115,6 @@ const Entry* TableOf(const Entry& media)
     return one;
 }
 
-}
-
-Held MediaNamed(const std::string& bsdName)
-{
-    return FirstMedia([&bsdName](const Entry& media) { return media.bsdName() == bsdName; });
 }
 
 Held MediaWith(const std::string& path)

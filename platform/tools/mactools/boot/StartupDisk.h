@@ -10,8 +10,6 @@
 /// name that this had, since another disk may have the name after the next start.
 constexpr const char* kStartupDiskVariable = "efi-boot-device";
 
-/// @return the registry's medium of that name; none where there is none.
-iokit::Held MediaNamed(const std::string& bsdName);
 /// The medium that a file or folder lies on. @param path host path. @return none where the registry does not know it.
 iokit::Held MediaWith(const std::string& path);
 
